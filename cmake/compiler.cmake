@@ -1,0 +1,28 @@
+# How every target of this project is compiled.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+endif()
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow)
+if(ORVEX_WERROR)
+  add_compile_options(-Werror)
+endif()
+if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+  add_compile_options(-Wthread-safety)
+endif()
+if(ORVEX_SANITIZE)
+  add_compile_options(-fsanitize=${ORVEX_SANITIZE} -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${ORVEX_SANITIZE})
+  if(ORVEX_SANITIZE MATCHES undefined)
+    add_compile_options(-fno-sanitize-recover=all)
+  endif()
+endif()

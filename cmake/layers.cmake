@@ -1,0 +1,70 @@
+# One static library per folder. orvex_layer(hid USES plugin/base) makes the library orvex_hid of every source file
+# in hid/. A lower layer calls upwards through functions that it declares and an upper layer defines, so the
+# libraries of one program are linked as one group, which the linker searches until nothing is missing.
+
+function(orvex_layer folder)
+  cmake_parse_arguments(LAYER "" "" "USES" ${ARGN})
+  orvex_layer_target(target ${folder})
+  file(GLOB sources CONFIGURE_DEPENDS ${folder}/*.cpp)
+  add_library(${target} STATIC ${sources})
+  target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/include)
+  target_include_directories(${target} SYSTEM PUBLIC ${HIDAPI_INCLUDE_DIR})
+  target_link_libraries(${target} PUBLIC Threads::Threads)
+  foreach(used IN LISTS LAYER_USES)
+    orvex_layer_target(used_target ${used})
+    target_link_libraries(${target} PUBLIC ${used_target})
+  endforeach()
+endfunction()
+
+# The target of a layer's folder: hid -> orvex_hid, platform/virtual -> orvex_platform_virtual.
+function(orvex_layer_target result folder)
+  string(REPLACE "/" "_" name ${folder})
+  set(${result} orvex_${name} PARENT_SCOPE)
+endfunction()
+
+# Links a program or library with every layer of the plug-in, on one platform, as one group.
+function(orvex_link_plugin target platform)
+  set(libraries "")
+  foreach(folder plugin devicemgr device drivers hid callstate plugin/base ${platform} ${ARGN} platform/hidp
+                 platform/common)
+    orvex_layer_target(layer ${folder})
+    list(APPEND libraries ${layer})
+  endforeach()
+  list(JOIN libraries "," group)
+  target_link_libraries(${target} PRIVATE "$<LINK_GROUP:RESCAN,${group}>" Threads::Threads)
+endfunction()
+
+# The exported functions of one folder, as objects: a plug-in library is made of these and of what they need.
+function(orvex_exports folder)
+  orvex_layer_target(target ${folder})
+  file(GLOB sources CONFIGURE_DEPENDS ${folder}/*.cpp)
+  add_library(${target} OBJECT ${sources})
+  target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/include)
+  target_include_directories(${target} SYSTEM PUBLIC ${HIDAPI_INCLUDE_DIR})
+endfunction()
+
+# A plug-in library as a host loads it: the exports of the folders named, over the layers on one platform. Nothing is
+# visible but the functions in the exports.txt of those folders.
+function(orvex_plugin_library target)
+  cmake_parse_arguments(PLUGIN "" "PLATFORM" "EXPORTS" ${ARGN})
+  add_library(${target} SHARED)
+  set(names "")
+  foreach(folder ${PLUGIN_EXPORTS})
+    orvex_layer_target(exports ${folder})
+    target_sources(${target} PRIVATE $<TARGET_OBJECTS:${exports}>)
+    set(list_file ${CMAKE_SOURCE_DIR}/${folder}/exports.txt)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${list_file})
+    file(STRINGS ${list_file} lines REGEX "^[A-Za-z_]")
+    list(APPEND names ${lines})
+  endforeach()
+  list(JOIN names ";\n    " globals)
+  set(map ${CMAKE_BINARY_DIR}/${target}.map)
+  file(CONFIGURE OUTPUT ${map} CONTENT "{\n  global:\n    @globals@;\n  local: *;\n};\n" @ONLY)
+  set_property(TARGET ${target} PROPERTY LINK_DEPENDS ${map})
+  # -Bsymbolic: the plug-in's hid_* stay its own, whatever the host links. nodelete: a thread that is still on its
+  # way out after the host's dlclose must find its code mapped.
+  target_link_options(${target} PRIVATE LINKER:--version-script=${map} LINKER:-Bsymbolic LINKER:-z,nodelete
+                      LINKER:-z,relro LINKER:-z,now)
+  set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+  orvex_link_plugin(${target} ${PLUGIN_PLATFORM})
+endfunction()

@@ -1,0 +1,80 @@
+// The report-descriptor parser that gives HidP_ its meaning where the system has no hid.dll.
+//
+// A descriptor (HID 1.11, 6.2.2) is untrusted input: what it can cost is bounded, and what is malformed is refused with
+// the place and the reason.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "platform/hid_parser.h"
+
+namespace platform::hidp {
+
+struct PreparsedDataDeleter {
+    void operator()(PHIDP_PREPARSED_DATA data) const;
+};
+/// The parsed descriptor of one top-level collection.
+using PreparsedData = std::unique_ptr<HIDP_PREPARSED_DATA, PreparsedDataDeleter>;
+
+/// Why a descriptor was refused.
+struct ParseError {
+    std::size_t offset = 0;  ///< of the item's first byte
+    std::uint8_t item = 0;   ///< the item's prefix byte (HID 1.11, 6.2.2.2)
+    std::string text;        ///< what is wrong, without place
+
+    /// "offset 12, item 0x95: ..."
+    std::string to_string() const;
+};
+
+/// The top-level collections of a descriptor in their order; none, and an error, when it was refused.
+struct ParsedDescriptor {
+    std::vector<PreparsedData> collections;
+    std::optional<ParseError> error;
+};
+
+ParsedDescriptor parse(std::span<const std::uint8_t> descriptor);
+
+/// The length in bytes, id byte included, of the report with this id (0 where the descriptor has no ids); 0 if this
+/// collection has no such report. HidP_GetCaps gives the longest of a direction; a device sends each in its own length.
+std::size_t report_length(PHIDP_PREPARSED_DATA data, HIDP_REPORT_TYPE type, std::uint8_t report_id);
+
+/// True when the descriptor numbers its reports.
+bool has_report_ids(PHIDP_PREPARSED_DATA data);
+
+/// HidP_ on data of this parser. Preparsed data that is none of its own gives HIDP_STATUS_INVALID_PREPARSED_DATA.
+class Parser final : public HidParser {
+  public:
+    NTSTATUS HidP_GetCaps(PHIDP_PREPARSED_DATA data, HIDP_CAPS* caps) const override;
+    NTSTATUS HidP_GetButtonCaps(HIDP_REPORT_TYPE type, HIDP_BUTTON_CAPS* caps, USHORT* length,
+                                PHIDP_PREPARSED_DATA data) const override;
+    NTSTATUS HidP_GetValueCaps(HIDP_REPORT_TYPE type, HIDP_VALUE_CAPS* caps, USHORT* length,
+                               PHIDP_PREPARSED_DATA data) const override;
+    ULONG HidP_MaxUsageListLength(HIDP_REPORT_TYPE type, USAGE page,
+                                  PHIDP_PREPARSED_DATA data) const override;
+    NTSTATUS HidP_SetUsages(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE* usages, ULONG* length,
+                            PHIDP_PREPARSED_DATA data, UCHAR* report, ULONG report_length) const override;
+    NTSTATUS HidP_UnsetUsages(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE* usages,
+                              ULONG* length, PHIDP_PREPARSED_DATA data, UCHAR* report,
+                              ULONG report_length) const override;
+    NTSTATUS HidP_GetUsages(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE* usages, ULONG* length,
+                            PHIDP_PREPARSED_DATA data, const UCHAR* report, ULONG report_length) const override;
+    NTSTATUS HidP_SetUsageValue(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE usage, ULONG value,
+                                PHIDP_PREPARSED_DATA data, UCHAR* report, ULONG report_length) const override;
+    NTSTATUS HidP_GetUsageValue(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE usage, ULONG* value,
+                                PHIDP_PREPARSED_DATA data, const UCHAR* report,
+                                ULONG report_length) const override;
+    NTSTATUS HidP_GetScaledUsageValue(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE usage,
+                                      LONG* value, PHIDP_PREPARSED_DATA data, const UCHAR* report,
+                                      ULONG report_length) const override;
+};
+
+/// The one parser; it has no state.
+const Parser& parser();
+
+}  // namespace platform::hidp
