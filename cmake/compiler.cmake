@@ -12,6 +12,7 @@ if(CCACHE_PROGRAM)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
 endif()
 
+add_compile_definitions(ORVEX_CONFIGURED_VENDOR_ID=${ORVEX_VENDOR_ID})
 add_compile_options(-Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow)
 if(ORVEX_WERROR)
   add_compile_options(-Werror)

@@ -1,5 +1,6 @@
-// The seam to the system's HID devices: what hidapi's functions and hid.dll's HidD_ functions do, per top-level
-// collection. The layer above keeps hidapi's rules on top of it (padding, blocking mode, error texts).
+// The seam to the system's HID devices: what hidapi's functions and hid.dll's HidD_ functions do, per
+// top-level collection. The layer above keeps hidapi's rules on top of it (padding, blocking mode, error
+// texts).
 #pragma once
 
 #include <chrono>
@@ -16,13 +17,13 @@ namespace platform {
 
 /// One entry of an enumeration: one top-level collection of one HID interface.
 struct HidInterfaceInfo {
-    std::string path;  ///< opens this collection, and nothing else, through HidBackend::open
+    std::string path{};  ///< opens this collection, and nothing else, through HidBackend::open
     std::uint16_t vendor_id = 0;
     std::uint16_t product_id = 0;
-    std::optional<std::wstring> serial_number;  ///< absent where the device states none
-    std::uint16_t release_number = 0;           ///< binary-coded decimal, as in the USB device descriptor
-    std::optional<std::wstring> manufacturer_string;
-    std::optional<std::wstring> product_string;
+    std::optional<std::wstring> serial_number{};  ///< absent where the device states none
+    std::uint16_t release_number = 0;             ///< binary-coded decimal, as in the USB device descriptor
+    std::optional<std::wstring> manufacturer_string{};
+    std::optional<std::wstring> product_string{};
     std::uint16_t usage_page = 0;
     std::uint16_t usage = 0;
     int interface_number = -1;  ///< USB interface, -1 where there is none
@@ -34,7 +35,7 @@ struct IoResult {
     enum class Status { done, timed_out, cancelled, failed };
     Status status = Status::failed;
     std::size_t size = 0;  ///< bytes read or written when `done`
-    std::wstring error;    ///< set when `failed`
+    std::wstring error{};  ///< set when `failed`
 };
 
 enum class HidString { manufacturer, product, serial_number };
@@ -52,25 +53,25 @@ class HidInterface {
     /// Asks the system to buffer `count` input reports. False where it cannot.
     virtual bool HidD_SetNumInputBuffers(ULONG count) = 0;
 
-    /// Hands out the parsed report descriptor of this collection; null on failure. The caller gives it back with
-    /// HidD_FreePreparsedData, before or after this object is gone.
+    /// Hands out the parsed report descriptor of this collection; null on failure. The caller gives it back
+    /// with HidD_FreePreparsedData, before or after this object is gone.
     virtual PHIDP_PREPARSED_DATA HidD_GetPreparsedData() = 0;
 
-    /// Waits for one input report of this collection and copies as much of it as fits. Byte 0 is the report id, 0 for
-    /// a device without report ids; a report is as long as the collection's input reports. `timeout` of zero
-    /// polls. Returns `timed_out` with size 0 when nothing came, `cancelled` after cancel or end_reading, `failed`
-    /// once the device is gone. Blocks without using the processor.
+    /// Waits for one input report of this collection and copies as much of it as fits. Byte 0 is the report
+    /// id, 0 for a device without report ids; a report is as long as the collection's input reports.
+    /// `timeout` of zero polls. Returns `timed_out` with size 0 when nothing came, `cancelled` after cancel
+    /// or end_reading, `failed` once the device is gone. Blocks without using the processor.
     virtual IoResult read(std::span<std::uint8_t> report, std::chrono::milliseconds timeout) = 0;
 
-    /// Sends one output report, byte 0 the report id (0 for none), and waits at most `timeout` for the device to take
-    /// it. A buffer longer than the report is cut; the size returned is the one handed in.
+    /// Sends one output report, byte 0 the report id (0 for none), and waits at most `timeout` for the device
+    /// to take it. A buffer longer than the report is cut; the size returned is the one handed in.
     virtual IoResult write(std::span<const std::uint8_t> report, std::chrono::milliseconds timeout) = 0;
 
     /// Releases every read and write that waits now, with `cancelled`. Later ones are not affected.
     virtual void cancel() = 0;
 
-    /// Releases every read that waits now and refuses every later one, so that a reader that was just about to wait
-    /// is not missed.
+    /// Releases every read that waits now and refuses every later one, so that a reader that was just about
+    /// to wait is not missed.
     virtual void end_reading() = 0;
 
     /// Feature reports; byte 0 is the report id (0 for none), sizes count it.
@@ -88,7 +89,7 @@ class HidBackend {
   public:
     struct OpenResult {
         std::unique_ptr<HidInterface> interface;  ///< null on failure
-        std::wstring error;                       ///< why, in the system's words
+        std::wstring error{};                     ///< why, in the system's words
     };
 
     virtual ~HidBackend() = default;

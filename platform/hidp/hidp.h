@@ -1,7 +1,7 @@
 // The report-descriptor parser that gives HidP_ its meaning where the system has no hid.dll.
 //
-// A descriptor (HID 1.11, 6.2.2) is untrusted input: what it can cost is bounded, and what is malformed is refused with
-// the place and the reason.
+// A descriptor (HID 1.11, 6.2.2) is untrusted input: what it can cost is bounded, and what is malformed is
+// refused with the place and the reason.
 #pragma once
 
 #include <cstddef>
@@ -40,14 +40,16 @@ struct ParsedDescriptor {
 
 ParsedDescriptor parse(std::span<const std::uint8_t> descriptor);
 
-/// The length in bytes, id byte included, of the report with this id (0 where the descriptor has no ids); 0 if this
-/// collection has no such report. HidP_GetCaps gives the longest of a direction; a device sends each in its own length.
+/// The length in bytes, id byte included, of the report with this id (0 where the descriptor has no ids); 0
+/// if this collection has no such report. HidP_GetCaps gives the longest of a direction; a device sends each
+/// in its own length.
 std::size_t report_length(PHIDP_PREPARSED_DATA data, HIDP_REPORT_TYPE type, std::uint8_t report_id);
 
 /// True when the descriptor numbers its reports.
 bool has_report_ids(PHIDP_PREPARSED_DATA data);
 
-/// HidP_ on data of this parser. Preparsed data that is none of its own gives HIDP_STATUS_INVALID_PREPARSED_DATA.
+/// HidP_ on data of this parser. Preparsed data that is none of its own gives
+/// HIDP_STATUS_INVALID_PREPARSED_DATA.
 class Parser final : public HidParser {
   public:
     NTSTATUS HidP_GetCaps(PHIDP_PREPARSED_DATA data, HIDP_CAPS* caps) const override;
@@ -57,17 +59,20 @@ class Parser final : public HidParser {
                                PHIDP_PREPARSED_DATA data) const override;
     ULONG HidP_MaxUsageListLength(HIDP_REPORT_TYPE type, USAGE page,
                                   PHIDP_PREPARSED_DATA data) const override;
-    NTSTATUS HidP_SetUsages(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE* usages, ULONG* length,
-                            PHIDP_PREPARSED_DATA data, UCHAR* report, ULONG report_length) const override;
+    NTSTATUS HidP_SetUsages(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE* usages,
+                            ULONG* length, PHIDP_PREPARSED_DATA data, UCHAR* report,
+                            ULONG report_length) const override;
     NTSTATUS HidP_UnsetUsages(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE* usages,
                               ULONG* length, PHIDP_PREPARSED_DATA data, UCHAR* report,
                               ULONG report_length) const override;
-    NTSTATUS HidP_GetUsages(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE* usages, ULONG* length,
-                            PHIDP_PREPARSED_DATA data, const UCHAR* report, ULONG report_length) const override;
-    NTSTATUS HidP_SetUsageValue(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE usage, ULONG value,
-                                PHIDP_PREPARSED_DATA data, UCHAR* report, ULONG report_length) const override;
-    NTSTATUS HidP_GetUsageValue(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE usage, ULONG* value,
-                                PHIDP_PREPARSED_DATA data, const UCHAR* report,
+    NTSTATUS HidP_GetUsages(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE* usages,
+                            ULONG* length, PHIDP_PREPARSED_DATA data, const UCHAR* report,
+                            ULONG report_length) const override;
+    NTSTATUS HidP_SetUsageValue(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE usage,
+                                ULONG value, PHIDP_PREPARSED_DATA data, UCHAR* report,
+                                ULONG report_length) const override;
+    NTSTATUS HidP_GetUsageValue(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE usage,
+                                ULONG* value, PHIDP_PREPARSED_DATA data, const UCHAR* report,
                                 ULONG report_length) const override;
     NTSTATUS HidP_GetScaledUsageValue(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE usage,
                                       LONG* value, PHIDP_PREPARSED_DATA data, const UCHAR* report,

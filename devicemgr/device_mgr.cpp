@@ -1,0 +1,488 @@
+#include "devicemgr/device_mgr.h"
+
+#include <utility>
+
+#include "device/vendor_names.h"
+#include "devicemgr/device_mgr_events.h"
+#include "devicemgr/message_thread.h"
+#include "platform/platform.h"
+#include "platform/thread.h"
+#include "plugin/base/headset_types.h"
+#include "plugin/base/plugin_log.h"
+
+namespace plugin_control {
+
+using platform::RecursiveMutexLock;
+
+namespace {
+
+constexpr std::int32_t logitech_vendor_id = 0x046D;
+constexpr std::int32_t logitech_usage_page = 0xFF00;
+
+/// The serial text of an entry that states none, and of headsets that state just this.
+constexpr const char* unknown_serial = "unknown";
+
+bool contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+/// Whether a headset without a name matches by name.
+enum class EmptyName { matches_none, matches_all };
+
+/// A headset belongs to an audio device when its serial occurs in the host's id or serial, or its name in the
+/// host's name. An empty text occurs in every one.
+bool matches(const std::string& key, const device& listed, const AudioDeviceKey& wanted,
+             EmptyName empty_name) {
+    const std::string name = listed.device_name();
+    const bool name_counts = !name.empty() || empty_name == EmptyName::matches_all;
+    return contains(wanted.device_id, key) || (name_counts && contains(wanted.device_name, name)) ||
+           contains(wanted.serial, listed.serial());
+}
+
+const char* text_or_empty(const char* text) {
+    return text == nullptr ? "" : text;
+}
+
+}  // namespace
+
+device_mgr::device_mgr() : match_wait_(platform::current().clock().make_sleeper()) {}
+
+device_mgr::~device_mgr() {
+    // A pass that was under way while the manager was stopped may have opened a headset since.
+    for (const auto& [serial, listed] : devices_) {
+        if (listed && listed->is_open()) {
+            listed->stop_device_thread();
+        }
+    }
+    // The retry thread holds the manager, so that this is its last act, or it has ended: nothing to wait for.
+    if (first_tracking_thread_.joinable()) {
+        first_tracking_thread_.detach();
+    }
+}
+
+// ---- lifetime
+
+void device_mgr::device_mgr_start() {
+    static constexpr const char* function = "plugin_control::device_mgr::device_mgr_start";
+    plugin_log("3rdPartyHeadsetPlugin: %s: start orvex headset plugin. \n", function);
+    start_message_thread();
+    plugin_log("3rdPartyHeadsetPlugin: %s: hid_tracking_func is working.\n", function);
+}
+
+void device_mgr::device_mgr_stop() {
+    static constexpr const char* function = "plugin_control::device_mgr::device_mgr_stop";
+    plugin_log("3rdPartyHeadsetPlugin: %s: enter \n", function);
+    deselect_device();
+    stop_tracking_thread();
+    plugin_log("3rdPartyHeadsetPlugin: %s: completed \n", function);
+}
+
+void device_mgr::stop_tracking_thread() {
+    static constexpr const char* function = "plugin_control::device_mgr::stop_tracking_thread";
+    plugin_log("3rdPartyHeadsetPlugin: %s: try to stop enumerate_hid_device and first_tracking_thread_ \n",
+               function);
+    enumeration_enabled_ = false;
+    first_match_ = true;
+    match_wait_->wake();
+    std::thread retry_thread;
+    {
+        RecursiveMutexLock lock(device_mgr_mutex_);
+        for (const auto& [serial, listed] : devices_) {
+            listed->stop_device_thread();
+        }
+        retry_thread = std::move(first_tracking_thread_);
+    }
+    end_retry_thread(std::move(retry_thread));
+    plugin_log("3rdPartyHeadsetPlugin: %s: done \n", function);
+}
+
+void device_mgr::end_retry_thread(std::thread retry_thread) {
+    if (!retry_thread.joinable()) {
+        return;
+    }
+    // Inside a pass, where the host's hook may have called, the retry thread can be waiting for this thread's
+    // lock; and no thread can wait for itself. It ends by itself then, keeping the manager alive until it
+    // does.
+    if (device_mgr_mutex_.held_by_this_thread() || retry_thread.get_id() == std::this_thread::get_id()) {
+        retry_thread.detach();
+        return;
+    }
+    retry_thread.join();
+    plugin_log("3rdPartyHeadsetPlugin: %s: first_tracking_thread_ joined\n",
+               "plugin_control::device_mgr::stop_tracking_thread");
+}
+
+void device_mgr::exit_hid_mgr() {
+    static constexpr const char* function = "plugin_control::device_mgr::exit_hid_mgr";
+    plugin_log("3rdPartyHeadsetPlugin: %s: enter. \n", function);
+    plugin_log("3rdPartyHeadsetPlugin: %s: done. \n", function);
+}
+
+// ---- the device list
+
+std::shared_ptr<device> device_mgr::find_device(const std::string& serial) {
+    RecursiveMutexLock lock(device_mgr_mutex_);
+    const auto found = devices_.find(serial);
+    return found == devices_.end() ? nullptr : found->second;
+}
+
+void device_mgr::enumerate_hid_device() {
+    static constexpr const char* function = "plugin_control::device_mgr::enumerate_hid_device";
+    enumeration_enabled_ = true;
+    plugin_log("3rdPartyHeadsetPlugin: %s: lock device_mgr_mutex_ first \n", function);
+    RecursiveMutexLock lock(device_mgr_mutex_);
+    plugin_log("3rdPartyHeadsetPlugin: %s: start hid_enumerate() \n", function);
+    const auto list = headset_plugin::hid_list(0, 0);
+    plugin_log("3rdPartyHeadsetPlugin: %s: complete hid_enumerate() \n", function);
+    for (const hid_device_info* entry = list.get(); enumeration_enabled_ && entry != nullptr;
+         entry = entry->next) {
+        enumerate_entry(*entry);
+    }
+    if (connected_count_ == 0) {
+        plugin_log("3rdPartyHeadsetPlugin: %s, not found any headsets \n", function);
+    }
+}
+
+void device_mgr::enumerate_entry(const hid_device_info& entry) {
+    static constexpr const char* function = "plugin_control::device_mgr::enumerate_hid_device";
+    const auto admitted = admit(entry);
+    if (!admitted) {
+        return;
+    }
+    const auto listed_before = devices_.find(admitted->serial);
+    std::shared_ptr<device> listed;
+    if (listed_before == devices_.end()) {
+        listed = list_device(entry, *admitted);
+    } else if ((listed = listed_before->second)) {
+        plugin_log(
+            "3rdPartyHeadsetPlugin: %s: found device, vendor_id:[0x%04x], product_id:[0x%04x], sn = %s, product_name = %s\n",
+            function, listed->vendor_id(), listed->product_id(), admitted->serial.c_str(),
+            listed->device_name().c_str());
+        if (admitted->serial == unknown_serial) {
+            plugin_log(
+                "3rdPartyHeadsetPlugin: %s: already have one 3rd device with unknow serail, ignore this one, sn = %s\n",
+                function, admitted->serial.c_str());
+            return;
+        }
+    }
+    plugin_log("3rdPartyHeadsetPlugin: %s: now connected headset count: %d. \n", function,
+               static_cast<int>(connected_count_));
+    if (listed) {
+        open_device(entry, listed);
+    }
+}
+
+std::shared_ptr<device> device_mgr::list_device(const hid_device_info& entry,
+                                                const AdmittedInterface& admitted) {
+    plugin_log(
+        "3rdPartyHeadsetPlugin: %s: create device, vendor_id:[0x%04x], product_id:[0x%04x], sn = %s, product_name = %s\n",
+        "plugin_control::device_mgr::enumerate_hid_device", entry.vendor_id, entry.product_id,
+        admitted.serial.c_str(), admitted.product_name.c_str());
+    auto created = std::make_shared<device>(entry.vendor_id, entry.product_id, std::wstring_view(),
+                                            admitted.serial, next_device_index_++);
+    created->set_device_name(admitted.product_name);
+    created->set_product_name(admitted.product_name);
+    add_device(created);
+    return created;
+}
+
+void device_mgr::open_device(const hid_device_info& entry, const std::shared_ptr<device>& listed) {
+    static constexpr const char* function = "plugin_control::device_mgr::enumerate_hid_device";
+    constexpr const char* no_path = "";
+    if (listed->is_open() || entry.usage_page != telephony_usage_page) {
+        plugin_log("3rdPartyHeadsetPlugin: %s: non-orvex headset already open %s. \n", function, no_path);
+        return;
+    }
+    if (auto handle = headset_plugin::hid_open_handle(entry.path)) {
+        listed->set_device_handles(std::move(handle), nullptr);
+        return;
+    }
+    plugin_log("3rdPartyHeadsetPlugin: %s: failed open 3rd device telephony page, remove it and skip %s. \n",
+               function, no_path);
+    remove_device(listed);
+}
+
+void device_mgr::add_device(const std::shared_ptr<device>& added) {
+    static constexpr const char* function = "plugin_control::device_mgr::add_device";
+    plugin_log("3rdPartyHeadsetPlugin: %s: enter\n", function);
+    if (!added) {
+        return;
+    }
+    devices_.emplace(added->serial(), added);
+    ++connected_count_;
+    plugin_log(
+        "3rdPartyHeadsetPlugin: %s: add device, vendor_id:[0x%04x], product_id:[0x%04x], sn = %s, device_name = %s\n",
+        function, added->vendor_id(), added->product_id(), added->serial().c_str(),
+        added->device_name().c_str());
+}
+
+void device_mgr::remove_device(std::shared_ptr<device> removed) {
+    static constexpr const char* function = "plugin_control::device_mgr::remove_device";
+    plugin_log("3rdPartyHeadsetPlugin: %s: enter\n", function);
+    if (!removed) {
+        return;
+    }
+    RecursiveMutexLock lock(device_mgr_mutex_);
+    if (removed->is_selected()) {
+        plugin_log("3rdPartyHeadsetPlugin: %s: device to be removed is active\n", function);
+        devices_.erase(removed->serial());
+        active_device_.set(nullptr);
+    } else if (!removed->is_orvex_device()) {
+        plugin_log("3rdPartyHeadsetPlugin: %s: remove inactive device, sn %s\n", function,
+                   removed->serial().c_str());
+        devices_.erase(removed->serial());
+    }
+    removed.reset();
+    --connected_count_;
+    plugin_log("3rdPartyHeadsetPlugin: %s: now connected orvex headset count: %d. \n", function,
+               static_cast<int>(connected_count_));
+}
+
+void device_mgr::remove_device_with_serial(const std::string& serial) {
+    static constexpr const char* function = "plugin_control::device_mgr::remove_device_with_serial";
+    plugin_log("3rdPartyHeadsetPlugin: %s: enter\n", function);
+    worker_.post({function, [weak = weak_from_this(), serial] {
+                      if (const auto self = weak.lock()) {
+                          self->remove_closed_device(serial);
+                      }
+                  }});
+}
+
+void device_mgr::remove_closed_device(const std::string& serial) {
+    static constexpr const char* function =
+        "plugin_control::device_mgr::remove_device_with_serial::<lambda_1>::operator ()";
+    // Looked up twice: a headset that is listed between the two is removed as well.
+    std::shared_ptr<device> removed = find_device(serial);
+    if (removed) {
+        plugin_log("3rdPartyHeadsetPlugin: %s: remove orvex device\n", function);
+    } else if ((removed = find_device(serial))) {
+        plugin_log("3rdPartyHeadsetPlugin: %s: remove non-orvex device\n", function);
+    } else {
+        plugin_log("3rdPartyHeadsetPlugin: %s: did not find device to remove\n", function);
+        return;
+    }
+    device_removed(removed);
+    remove_device(removed);
+    // Replugged at once, it may have been opened anew by a pass before this removal came about. Its listing
+    // is gone now, so another pass has to find it.
+    if (removed->is_open()) {
+        removed->stop_device_thread();
+        request_enumeration();
+    }
+}
+
+void device_mgr::device_removed(const std::shared_ptr<device>& removed) {
+    plugin_log("3rdPartyHeadsetPlugin: %s: for device: sn [%s}: \n",
+               "plugin_control::device_mgr::device_removed", removed->serial().c_str());
+    headset_plugin::onDeviceRemoved(removed->host_device_id(), static_cast<int>(removed->vendor_id()),
+                                    static_cast<int>(removed->product_id()), removed->vendor_name(),
+                                    removed->device_name(), removed->serial());
+}
+
+void device_mgr::post_task(headset_plugin::WorkerTask task) {
+    worker_.post(std::move(task));
+}
+
+bool device_mgr::is_usagepage_supported(std::int32_t vendor_id, std::int32_t /*product_id*/,
+                                        std::int32_t usage_page) {
+    static constexpr const char* function = "plugin_control::device_mgr::is_usagepage_supported";
+    if (usage_page == telephony_usage_page || usage_page == consumer_usage_page) {
+        plugin_log("3rdPartyHeadsetPlugin: %s: standard usage_page:[0x%02x] is supported\n", function,
+                   static_cast<unsigned>(usage_page));
+        return true;
+    }
+    if (vendor_id == logitech_vendor_id && usage_page == logitech_usage_page) {
+        plugin_log("3rdPartyHeadsetPlugin: %s: special Logitech usage_page:[0x%04x] is supported\n", function,
+                   static_cast<unsigned>(usage_page));
+        return true;
+    }
+    return false;
+}
+
+// ---- the active headset
+
+bool device_mgr::setAudioDevice(const char* device_id, const char* device_name, const char* serial) {
+    static constexpr const char* function = "plugin_control::device_mgr::setAudioDevice";
+    const AudioDeviceKey wanted{text_or_empty(device_id), text_or_empty(device_name), text_or_empty(serial)};
+    plugin_log("3rdPartyHeadsetPlugin: %s: enter: device_id:[%s], device_name:[%s], serial:[%s].\n", function,
+               wanted.device_id.c_str(), wanted.device_name.c_str(), wanted.serial.c_str());
+    if (wanted.device_id.empty()) {
+        plugin_log("3rdPartyHeadsetPlugin: %s: empty device_id.\n", function);
+        return false;
+    }
+    std::shared_ptr<device> found;
+    {
+        RecursiveMutexLock lock(device_mgr_mutex_);
+        if (!first_match_ && answered_by_retry_thread(wanted)) {
+            return false;
+        }
+        found = search_and_select(wanted);
+        plugin_log("3rdPartyHeadsetPlugin: %s: search result: first_match_=%d, found_device=%d\n", function,
+                   first_match_ ? 1 : 0, found ? 1 : 0);
+        if (!first_match_) {
+            if (found) {
+                first_match_ = true;
+            } else {
+                first_tracking_thread_ = platform::start_thread(
+                    "orvex-retry",
+                    [self = shared_from_this(), wanted] { self->setFirstAudioDevice(wanted); });
+            }
+        }
+        if (!found) {
+            deselect_device();
+        }
+    }
+    if (found) {
+        found->post_inventory();
+    }
+    return found != nullptr;
+}
+
+bool device_mgr::answered_by_retry_thread(const AudioDeviceKey& wanted) {
+    static constexpr const char* function = "plugin_control::device_mgr::setAudioDevice";
+    const char* const id = wanted.device_id.c_str();
+    const char* const name = wanted.device_name.c_str();
+    const char* const serial = wanted.serial.c_str();
+    if (active_device_cache_ == AudioDeviceKey{}) {
+        plugin_log("3rdPartyHeadsetPlugin: %s: cache: device_id:[%s], device_name:[%s], serial:[%s].\n",
+                   function, id, name, serial);
+        active_device_cache_ = wanted;
+        return false;
+    }
+    if (active_device_cache_ == wanted) {
+        plugin_log(
+            "3rdPartyHeadsetPlugin: %s: already retried in another thread : device_id:[%s], device_name:[%s], serial:[%s].\n",
+            function, id, name, serial);
+        return true;
+    }
+    plugin_log(
+        "3rdPartyHeadsetPlugin: %s: stop another thread for new : device_id:[%s], device_name:[%s], serial:[%s].\n",
+        function, id, name, serial);
+    first_match_ = true;
+    match_wait_->wake();
+    return false;
+}
+
+std::shared_ptr<device> device_mgr::search_and_select(const AudioDeviceKey& wanted) {
+    for (const auto& [key, listed] : devices_) {
+        plugin_log(
+            "3rdPartyHeadsetPlugin: %s: search at setAudioDevice: \n ZRA_devID:[%s], plugin_devID:[%s] \n ZRA_devName:[%s], plugin_devName:[%s] \n DLQ_SN:[%s], plugin_SN:[%s].\n",
+            "plugin_control::device_mgr::setAudioDevice", wanted.device_id.c_str(), key.c_str(),
+            wanted.device_name.c_str(), listed->device_name().c_str(), wanted.serial.c_str(),
+            listed->serial().c_str());
+        if (matches(key, *listed, wanted, EmptyName::matches_none)) {
+            select(listed, wanted);
+            return listed;
+        }
+    }
+    return nullptr;
+}
+
+void device_mgr::select(const std::shared_ptr<device>& matched, const AudioDeviceKey& wanted) {
+    deselect_device();
+    matched->set_host_device_id(wanted.device_id);
+    active_device_.set(matched);
+    matched->set_selected(true);
+}
+
+void device_mgr::setFirstAudioDevice(const AudioDeviceKey& wanted) try {
+    static constexpr const char* function = "plugin_control::device_mgr::setFirstAudioDevice";
+    const char* const id = wanted.device_id.c_str();
+    const char* const name = wanted.device_name.c_str();
+    const char* const serial = wanted.serial.c_str();
+    plugin_log(
+        "3rdPartyHeadsetPlugin: %s: enter: active_device_id_cache_:[%s], active_device_name_:[%s], active_device_serial_:[%s].\n",
+        function, id, name, serial);
+    for (int attempt = 0; attempt < match_attempts; ++attempt) {
+        match_wait_->sleep(match_interval);
+        if (first_match_) {
+            plugin_log("3rdPartyHeadsetPlugin: %s: already matched, return.\n", function);
+            break;
+        }
+        RecursiveMutexLock lock(device_mgr_mutex_);
+        // Another request may have taken over while this thread waited for the lock.
+        if (!first_match_ && retry_match(wanted)) {
+            first_match_ = true;
+        }
+        if (first_match_) {
+            break;
+        }
+        plugin_log(
+            "3rdPartyHeadsetPlugin: %s: not yet matched: active_device_id_cache_:[%s], active_device_name_:[%s], active_device_serial_:[%s].\n",
+            function, id, name, serial);
+    }
+    plugin_log(
+        "3rdPartyHeadsetPlugin: %s: exit: active_device_id_cache_:[%s], active_device_name_:[%s], active_device_serial_:[%s].\n",
+        function, id, name, serial);
+} catch (...) {
+    // Only a logger that throws leads here; there is nobody left to tell.
+    return;
+}
+
+bool device_mgr::retry_match(const AudioDeviceKey& wanted) {
+    for (const auto& [key, listed] : devices_) {
+        if (matches(key, *listed, wanted, EmptyName::matches_all)) {
+            select(listed, wanted);
+            plugin_log("3rdPartyHeadsetPlugin: %s: just matched, go post headsetReady and inventory.\n",
+                       "plugin_control::device_mgr::setFirstAudioDevice");
+            listed->post_inventory();
+            return true;
+        }
+    }
+    return false;
+}
+
+void device_mgr::deselect_device() {
+    const auto deselected = active_device_.get();
+    if (!deselected) {
+        return;
+    }
+    plugin_log("3rdPartyHeadsetPlugin: %s: enter\n", "plugin_control::device_mgr::deselect_device");
+    set_active_headset_state(headset_plugin::HEADSET_STATE_IDLE);
+    deselected->set_selected(false);
+    active_device_.set(nullptr);
+}
+
+void device_mgr::set_active_headset_state(std::uint32_t state) {
+    if (const auto active = active_device_.get()) {
+        active->headset_set_state(state);
+    }
+}
+
+void device_mgr::set_headset_mute_state(bool mute) {
+    static constexpr const char* function = "plugin_control::device_mgr::set_headset_mute_state";
+    plugin_log("3rdPartyHeadsetPlugin: %s: enter mute=%s\n", function, true_or_false(mute));
+    if (const auto active = active_device_.get()) {
+        active->set_mute_state(mute);
+    } else {
+        plugin_log("3rdPartyHeadsetPlugin: %s: no active orvex headset\n", function);
+    }
+}
+
+const char* device_mgr::get_active_device_id() {
+    static constexpr const char* function = "plugin_control::device_mgr::get_active_device_id";
+    plugin_log("3rdPartyHeadsetPlugin: %s: enter\n", function);
+    const auto active = active_device_.get();
+    if (!active) {
+        plugin_log("3rdPartyHeadsetPlugin: %s: return null device id\n", function);
+        return nullptr;
+    }
+    // The thread's own copy: the headset may be gone before the caller has read it.
+    thread_local std::string device_id;
+    device_id = active->host_device_id();
+    return device_id.c_str();
+}
+
+std::string device_mgr::get_headset_model(const std::string& /*device_id*/) {
+    static constexpr const char* function = "plugin_control::device_mgr::get_headset_model";
+    plugin_log("3rdPartyHeadsetPlugin: %s: enter\n", function);
+    if (const auto active = active_device_.get(); active && active->is_orvex_device()) {
+        const std::string model = active->device_name();
+        plugin_log("3rdPartyHeadsetPlugin: %s: model = %s\n", function, model.c_str());
+        return model;
+    }
+    plugin_log("3rdPartyHeadsetPlugin: %s: no device for deviceId\n", function);
+    return {};
+}
+
+}  // namespace plugin_control

@@ -1,0 +1,23 @@
+// Which driver a headset gets.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+#include "drivers/call_control_generic.h"
+
+namespace headset_plugin {
+
+using Driver = std::shared_ptr<call_control_generic>;
+using DriverFactory = std::function<Driver(std::uint32_t vendor_id, std::uint32_t product_id)>;
+
+/// A new driver for a headset; empty for a vendor that none is known for. Every device asks here. Thread:
+/// any.
+Driver create_driver(std::uint32_t vendor_id, std::uint32_t product_id);
+
+/// Puts another factory in the place of the built-in one, for headsets opened from now on; an empty one
+/// brings that back. A test gives a headset a driver of its own this way.
+void set_driver_factory(DriverFactory factory);
+
+}  // namespace headset_plugin

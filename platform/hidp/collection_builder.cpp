@@ -1,0 +1,115 @@
+#include "platform/hidp/collection_builder.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "platform/hidp/limits.h"
+#include "platform/hidp/main_item.h"
+
+namespace platform::hidp {
+namespace {
+
+constexpr ULONG bits_per_byte = 8;
+constexpr ULONG id_byte_bits = 8;  // every report begins with its id, if only with 0
+
+HIDP_REPORT_TYPE report_type(Tag tag) {
+    switch (tag) {
+        case Tag::input:
+            return HidP_Input;
+        case Tag::output:
+            return HidP_Output;
+        default:
+            return HidP_Feature;
+    }
+}
+
+USHORT required(std::optional<USHORT> value, const char* item_name) {
+    if (!value) {
+        throw Malformed{std::string("no ") + item_name + " before the main item"};
+    }
+    return *value;
+}
+
+Report& report_of(std::vector<Report>& reports, HIDP_REPORT_TYPE type, UCHAR id) {
+    const Report wanted{type, id, 0};
+    const auto at = std::lower_bound(reports.begin(), reports.end(), wanted, precedes);
+    const bool is_known = at != reports.end() && !precedes(wanted, *at);
+    return is_known ? *at : *reports.insert(at, wanted);
+}
+
+Capability common_capability(const Item& item, const GlobalState& global) {
+    Capability common;
+    common.report_id = global.report_id;
+    common.bit_field = static_cast<USHORT>(item.data);
+    common.bit_size = required(global.report_size, "Report Size");
+    common.report_count = required(global.report_count, "Report Count");
+    common.units = global.units;
+    common.units_exp = global.units_exp;
+    common.is_button = common.is_array() || common.bit_size == 1;
+    const bool has_logical_range = common.is_array() || !common.is_button;
+    if (has_logical_range) {
+        common.logical_min = global.logical_min;
+        common.logical_max = global.logical_max;
+    }
+    if (!common.is_button) {
+        common.physical_min = global.physical_min;
+        common.physical_max = global.physical_max;
+    }
+    return common;
+}
+
+}  // namespace
+
+void CollectionBuilder::open_collection(const Item& item, const GlobalState& global,
+                                        const LocalItems& local) {
+    auto& nodes = data_->link_collections;
+    const auto index = static_cast<USHORT>(nodes.size());
+    HIDP_LINK_COLLECTION_NODE node{};
+    node.LinkUsagePage = global.usage_page;
+    if (!local.usages().empty()) {
+        const LocalRange& usage = local.usages().front();
+        node.LinkUsagePage = usage.page(global.usage_page);
+        node.LinkUsage = usage.first_usage();
+    }
+    node.CollectionType = item.data & 0xFF;
+    if (!nodes.empty()) {
+        HIDP_LINK_COLLECTION_NODE& parent = nodes[current_];
+        node.Parent = current_;
+        node.NextSibling = parent.FirstChild;  // the newest child stands first
+        parent.FirstChild = index;
+        ++parent.NumberOfChildren;
+    }
+    nodes.push_back(node);
+    current_ = index;
+}
+
+void CollectionBuilder::close_collection() {
+    current_ = data_->link_collections[current_].Parent;
+}
+
+void CollectionBuilder::add_fields(const Item& item, const GlobalState& global, const LocalItems& local) {
+    const HIDP_REPORT_TYPE type = report_type(item.tag);
+    Capability common = common_capability(item, global);
+    common.link_collection = current_;
+    common.bit_position = take_bits(type, common.report_id, ULONG{common.bit_size} * common.report_count);
+    if (!local.usages().empty()) {
+        add_capabilities(data_->directions[type], common, global, local);
+    }
+}
+
+/// Appends bits to a report and returns where they begin.
+ULONG CollectionBuilder::take_bits(HIDP_REPORT_TYPE type, UCHAR id, ULONG bits) {
+    Report& report = report_of(data_->reports, type, id);
+    if (bits > max_report_bits - report.bits) {
+        throw Malformed{"the report is longer than " + std::to_string(max_report_bits / bits_per_byte) +
+                        " bytes"};
+    }
+    const ULONG begin = id_byte_bits + report.bits;
+    report.bits += bits;
+    Direction& direction = data_->directions[type];
+    direction.report_byte_length = std::max(direction.report_byte_length, report.byte_length());
+    return begin;
+}
+
+}  // namespace platform::hidp

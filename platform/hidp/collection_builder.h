@@ -1,0 +1,33 @@
+// Turns the main items of one top-level collection into its preparsed data.
+#pragma once
+
+#include <utility>
+
+#include "platform/hidp/global_items.h"
+#include "platform/hidp/hidp.h"
+#include "platform/hidp/local_items.h"
+#include "platform/hidp/preparsed_data.h"
+
+namespace platform::hidp {
+
+/// Throws Malformed where the collection exceeds a limit, and is of no use then.
+class CollectionBuilder {
+  public:
+    CollectionBuilder() : data_(new HIDP_PREPARSED_DATA) {}
+
+    void open_collection(const Item& item, const GlobalState& global, const LocalItems& local);
+    void close_collection();
+
+    /// Adds the fields of an Input, Output or Feature item.
+    void add_fields(const Item& item, const GlobalState& global, const LocalItems& local);
+
+    PreparsedData take() { return std::move(data_); }
+
+  private:
+    ULONG take_bits(HIDP_REPORT_TYPE type, UCHAR id, ULONG bits);
+
+    PreparsedData data_;
+    USHORT current_ = 0;  ///< the innermost open link collection
+};
+
+}  // namespace platform::hidp

@@ -1,0 +1,92 @@
+// The items of a report descriptor (HID 1.11, 6.2.2), and the reader that cuts a descriptor into them.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace platform::hidp {
+
+/// An item's type and tag: its prefix byte without the two bits of the data size (HID 1.11, 6.2.2.2).
+enum class Tag : std::uint8_t {
+    // Main items (6.2.2.4).
+    input = 0x80,
+    output = 0x90,
+    collection = 0xA0,
+    feature = 0xB0,
+    end_collection = 0xC0,
+    // Global items (6.2.2.7).
+    usage_page = 0x04,
+    logical_minimum = 0x14,
+    logical_maximum = 0x24,
+    physical_minimum = 0x34,
+    physical_maximum = 0x44,
+    unit_exponent = 0x54,
+    unit = 0x64,
+    report_size = 0x74,
+    report_id = 0x84,
+    report_count = 0x94,
+    push = 0xA4,
+    pop = 0xB4,
+    // Local items (6.2.2.8).
+    usage = 0x08,
+    usage_minimum = 0x18,
+    usage_maximum = 0x28,
+    designator_index = 0x38,
+    designator_minimum = 0x48,
+    designator_maximum = 0x58,
+    string_index = 0x78,
+    string_minimum = 0x88,
+    string_maximum = 0x98,
+    delimiter = 0xA8,
+};
+
+/// The data bits of Input, Output and Feature items (HID 1.11, 6.2.2.5).
+inline constexpr std::uint32_t item_constant = 1U << 0;
+inline constexpr std::uint32_t item_variable = 1U << 1;
+inline constexpr std::uint32_t item_relative = 1U << 2;
+inline constexpr std::uint32_t item_null_state = 1U << 6;
+
+struct Item {
+    Tag tag;
+    std::uint8_t size;   ///< of the data, in bytes: 0, 1, 2 or 4
+    std::uint32_t data;  ///< zero-extended
+
+    std::int32_t as_signed() const;
+};
+
+/// Where an item stands.
+struct Place {
+    std::size_t offset = 0;  ///< of its prefix byte
+    std::uint8_t prefix = 0;
+};
+
+/// Thrown inside the parser. Without a place of its own it is about the item that is being read.
+struct Malformed {
+    std::string text;
+    std::optional<Place> place = std::nullopt;
+};
+
+class ItemReader {
+  public:
+    explicit ItemReader(std::span<const std::uint8_t> descriptor) : descriptor_(descriptor) {}
+
+    /// The next short item; nothing at the end. Long items are passed over, since none is defined (6.2.2.3).
+    /// Throws Malformed for an item that the descriptor's end cuts short.
+    std::optional<Item> next();
+
+    /// Of the item that next() read last.
+    Place place() const { return place_; }
+
+  private:
+    std::span<const std::uint8_t> take(std::size_t size);
+    void skip_long_item();
+
+    std::span<const std::uint8_t> descriptor_;
+    std::size_t position_ = 0;
+    Place place_;
+};
+
+}  // namespace platform::hidp

@@ -1,0 +1,78 @@
+// Local items: the usages, strings and designators that the next main item uses up (HID 1.11, 6.2.2.8).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "platform/hid_types.h"
+#include "platform/hidp/items.h"
+
+namespace platform::hidp {
+
+/// A Usage (String, Designator) item, or a pair of Minimum and Maximum; never expanded, since five bytes of
+/// descriptor can name 65,536 usages.
+struct LocalRange {
+    std::uint32_t min = 0;
+    std::uint32_t max = 0;
+    bool is_range = false;
+    bool has_page = false;        ///< came in four bytes: the usage page stands in the upper half
+    bool is_alternative = false;  ///< for the entry before it, in one delimited set
+
+    std::uint32_t count() const { return max - min + 1; }
+
+    // Of a usage: the ids without their page, and that page, or the one that is current where it names none.
+    USAGE first_usage() const { return static_cast<USAGE>(min); }
+    USAGE last_usage() const { return static_cast<USAGE>(max); }
+    USAGE page(USAGE current) const { return has_page ? static_cast<USAGE>(min >> 16) : current; }
+};
+
+class LocalRanges {
+  public:
+    void add_single(const Item& item);
+    void set_minimum(const Item& item);
+    void set_maximum(const Item& item);
+
+    /// Throws Malformed when a minimum or maximum lacks its partner.
+    void check_complete() const;
+
+    const std::vector<LocalRange>& entries() const { return entries_; }
+
+    /// Makes the entries after the one at `first` alternatives of it.
+    void join(std::size_t first);
+
+  private:
+    void add(const LocalRange& range);
+    void add_complete_range();
+
+    std::vector<LocalRange> entries_;
+    std::optional<Item> minimum_;
+    std::optional<Item> maximum_;
+};
+
+class LocalItems {
+  public:
+    /// Takes a local item. Throws Malformed for one that makes no sense where it stands.
+    void add(const Item& item);
+
+    /// Throws Malformed when a main item comes while a range or a delimited set is incomplete.
+    void check_complete() const;
+
+    const std::vector<LocalRange>& usages() const { return usages_.entries(); }
+
+    /// The string and the designator of the usage with this index; the last ones declared serve the usages
+    /// left over.
+    LocalRange string_of(std::size_t usage_index) const;
+    LocalRange designator_of(std::size_t usage_index) const;
+
+  private:
+    void delimit(const Item& item);
+
+    LocalRanges usages_;
+    LocalRanges strings_;
+    LocalRanges designators_;
+    std::optional<std::size_t> open_set_;  ///< the index of its first usage
+};
+
+}  // namespace platform::hidp

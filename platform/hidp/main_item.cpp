@@ -1,0 +1,176 @@
+#include "platform/hidp/main_item.h"
+
+#include <algorithm>
+#include <iterator>
+#include <span>
+#include <string>
+
+#include "platform/hidp/limits.h"
+
+namespace platform::hidp {
+namespace {
+
+class MainItem {
+  public:
+    MainItem(Direction& direction, const Capability& common, const GlobalState& global,
+             const LocalItems& local)
+        : direction_(direction),
+          common_(common),
+          global_(global),
+          local_(local),
+          first_(static_cast<std::ptrdiff_t>(direction.capabilities.size())) {}
+
+    void add_variables();
+    void add_array();
+    void check_limits();
+
+  private:
+    const std::vector<LocalRange>& usages() const { return local_.usages(); }
+    std::span<Capability> added() { return {begin(), direction_.capabilities.end()}; }
+    std::vector<Capability>::iterator begin() { return direction_.capabilities.begin() + first_; }
+
+    std::size_t last_set() const;
+    Capability& add(std::size_t usage_index);
+    void add_variable(std::size_t usage_index, ULONG first_field, ULONG fields);
+    ULONG selector_of_first_usage() const;
+
+    Direction& direction_;
+    const Capability& common_;
+    const GlobalState& global_;
+    const LocalItems& local_;
+    std::ptrdiff_t first_;  ///< where this item's capabilities begin
+};
+
+void set_data_indices(Capability& capability, ULONG first) {
+    capability.data_index_min = static_cast<USHORT>(first);
+    capability.data_index_max = static_cast<USHORT>(first + capability.usage_count() - 1);
+}
+
+/// The index of the first usage of the last delimited set; a usage outside every set is a set of its own.
+std::size_t MainItem::last_set() const {
+    std::size_t set = 0;
+    for (std::size_t i = 0; i < usages().size(); ++i) {
+        if (!usages()[i].is_alternative) {
+            set = i;
+        }
+    }
+    return set;
+}
+
+/// Each usage in turn takes as many fields as it has usages, the last one takes what is left over. Listed are
+/// they in reverse, and numbered as listed; without a field left, a usage is not listed at all.
+void MainItem::add_variables() {
+    const std::size_t last = last_set();
+    ULONG begin_field = 0;
+    ULONG end_field = 0;
+    for (std::size_t i = 0; i < usages().size(); ++i) {
+        const LocalRange& usage = usages()[i];
+        if (!usage.is_alternative) {
+            begin_field = end_field;
+            const ULONG left = common_.report_count - begin_field;
+            end_field += i == last ? left : std::min(left, usage.count());
+        }
+        const bool is_filler = common_.is_padding() && usage.last_usage() == 0;
+        if (begin_field < end_field && !is_filler) {
+            add_variable(i, begin_field, end_field - begin_field);
+        }
+    }
+    std::reverse(begin(), direction_.capabilities.end());
+    for (Capability& capability : added()) {
+        set_data_indices(capability, direction_.data_indices);
+        if (!capability.is_alias) {
+            direction_.data_indices += capability.usage_count();
+        }
+    }
+}
+
+void MainItem::add_variable(std::size_t usage_index, ULONG first_field, ULONG fields) {
+    Capability& capability = add(usage_index);
+    capability.bit_position = common_.field_position(first_field);
+    const ULONG usages_with_field = std::min(capability.usage_count(), fields);
+    capability.usage_max = static_cast<USAGE>(capability.usage_min + usages_with_field - 1);
+    capability.report_count = static_cast<USHORT>(common_.bit_size == 0 ? 1 : fields);
+}
+
+/// Every field can name any of the usages. Listed are they in reverse, but numbered as declared.
+void MainItem::add_array() {
+    if (common_.is_padding() || common_.report_count == 0) {
+        return;
+    }
+    const ULONG first_index = direction_.data_indices;
+    ULONG index = first_index;
+    const ULONG first_selector = selector_of_first_usage();
+    for (std::size_t i = 0; i < usages().size(); ++i) {
+        Capability& capability = add(i);
+        capability.has_more_for_array = i > 0;
+        if (!capability.is_alias) {
+            index = direction_.data_indices;
+            direction_.data_indices += capability.usage_count();
+        }
+        set_data_indices(capability, index);
+        capability.lowest_selector = first_selector + (index - first_index);
+    }
+    std::reverse(begin(), direction_.capabilities.end());
+}
+
+/// Field value 0 stands for no usage; but where the first usage is 0, which means the same, the values are
+/// the usages, as on keyboards. A logical minimum above 0 is the first usage's value.
+ULONG MainItem::selector_of_first_usage() const {
+    if (global_.logical_min > 0) {
+        return static_cast<ULONG>(global_.logical_min);
+    }
+    const bool begins_with_no_usage = usages().front().first_usage() == 0;
+    return begins_with_no_usage ? 0 : 1;
+}
+
+Capability& MainItem::add(std::size_t usage_index) {
+    if (direction_.capabilities.size() == max_capabilities) {
+        throw Malformed{"more than " + std::to_string(max_capabilities) + " capabilities"};
+    }
+    const LocalRange& usage = usages()[usage_index];
+    const LocalRange string = local_.string_of(usage_index);
+    const LocalRange designator = local_.designator_of(usage_index);
+    Capability& capability = direction_.capabilities.emplace_back(common_);
+    // HID 1.11, 6.2.2.8: a short usage takes the page that was declared last, be it after the usage.
+    capability.usage_page = usage.page(global_.usage_page);
+    capability.usage_min = usage.first_usage();
+    capability.usage_max = usage.last_usage();
+    capability.is_range = usage.is_range;
+    capability.is_alias = usage.is_alternative;
+    capability.string_min = static_cast<USHORT>(string.min);
+    capability.string_max = static_cast<USHORT>(string.max);
+    capability.is_string_range = string.is_range;
+    capability.designator_min = static_cast<USHORT>(designator.min);
+    capability.designator_max = static_cast<USHORT>(designator.max);
+    capability.is_designator_range = designator.is_range;
+    return capability;
+}
+
+void MainItem::check_limits() {
+    for (const Capability& capability : added()) {
+        direction_.usage_list_length += capability.is_button ? capability.report_count : 0U;
+    }
+    if (direction_.usage_list_length > max_usage_list_length) {
+        throw Malformed{"more than " + std::to_string(max_usage_list_length) + " buttons"};
+    }
+    if (direction_.data_indices > max_data_indices) {
+        throw Malformed{"more than " + std::to_string(max_data_indices) + " controls"};
+    }
+}
+
+}  // namespace
+
+void add_capabilities(Direction& direction, const Capability& common, const GlobalState& global,
+                      const LocalItems& local) {
+    direction.declared_capabilities =
+        static_cast<USHORT>(direction.declared_capabilities + local.usages().size());
+    MainItem item(direction, common, global, local);
+    if (common.is_array()) {
+        item.add_array();
+    } else {
+        item.add_variables();
+    }
+    item.check_limits();
+}
+
+}  // namespace platform::hidp

@@ -1,0 +1,92 @@
+// What the parser keeps of one top-level collection.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "platform/hid_types.h"
+#include "platform/hidp/capability.h"
+
+namespace platform::hidp {
+
+/// "orvxhidp": tells this parser's data from everything else that a host might hand in.
+inline constexpr std::uint64_t preparsed_data_magic = 0x7064696878767270;
+
+inline constexpr std::size_t report_type_count = 3;
+
+/// The reports of one type.
+struct Direction {
+    std::vector<Capability> capabilities;
+    USHORT declared_capabilities = 0;  ///< with those that no field was left for
+    ULONG data_indices = 0;
+    ULONG usage_list_length = 0;    ///< buttons that one report can list at once
+    USHORT report_byte_length = 0;  ///< of the longest report, id byte included; 0 without a report
+};
+
+struct Report {
+    HIDP_REPORT_TYPE type = HidP_Input;
+    UCHAR id = 0;
+    ULONG bits = 0;  ///< without the id byte
+
+    /// With the id byte; 0 for a report that carries nothing.
+    USHORT byte_length() const { return bits == 0 ? USHORT{0} : static_cast<USHORT>(1 + (bits + 7) / 8); }
+};
+
+/// The order of reports in the preparsed data.
+inline bool precedes(const Report& left, const Report& right) {
+    return std::pair(left.type, left.id) < std::pair(right.type, right.id);
+}
+
+}  // namespace platform::hidp
+
+namespace platform {
+
+struct HIDP_PREPARSED_DATA {
+    std::uint64_t magic = hidp::preparsed_data_magic;
+    bool has_report_ids = false;
+    std::array<hidp::Direction, hidp::report_type_count> directions;
+    std::vector<hidp::Report> reports;  ///< sorted by type and id
+    std::vector<HIDP_LINK_COLLECTION_NODE> link_collections;
+};
+
+}  // namespace platform
+
+namespace platform::hidp {
+
+/// HIDP_STATUS_SUCCESS, or why `data` has no such direction.
+NTSTATUS check_direction(PHIDP_PREPARSED_DATA data, HIDP_REPORT_TYPE type);
+
+/// The same, and whether a report of that type is `report_length` bytes long.
+NTSTATUS check_report(PHIDP_PREPARSED_DATA data, HIDP_REPORT_TYPE type, ULONG report_length);
+
+/// Names the top-level collection itself, where 0 means any (HIDP_LINK_COLLECTION_ROOT of the Windows driver
+/// kit).
+inline constexpr USHORT link_collection_root = 0xFFFF;
+
+/// What a HidP_ function's caller asks for: capabilities of one kind, page and link collection.
+struct CapabilityFilter {
+    bool is_button;
+    USAGE page;
+    USHORT link_collection;  ///< 0 for any, or link_collection_root
+
+    bool matches(const Capability& capability) const;
+};
+
+/// A report whose id byte is 0 may still become any report.
+inline bool fits_report(const Capability& capability, UCHAR report_id) {
+    return report_id == 0 || report_id == capability.report_id;
+}
+
+struct FoundCapability {
+    NTSTATUS status;  ///< HIDP_STATUS_USAGE_NOT_FOUND, or _INCOMPATIBLE_REPORT_ID where only others have it
+    const Capability* capability;  ///< null unless status is HIDP_STATUS_SUCCESS
+};
+
+/// The capability that holds the usage in the report with this id.
+FoundCapability find_capability(const Direction& direction, const CapabilityFilter& filter, USAGE usage,
+                                UCHAR report_id);
+
+}  // namespace platform::hidp

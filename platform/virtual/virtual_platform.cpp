@@ -1,0 +1,52 @@
+#include "platform/virtual/virtual_platform.h"
+
+namespace platform {
+
+namespace virtual_platform {
+
+VirtualPlatform::VirtualPlatform()
+    : bus_(
+          [this](bool arrived) {
+              windows_.notify_device_change(arrived ? DBT_DEVICEARRIVAL : DBT_DEVICEREMOVECOMPLETE);
+          },
+          [this] { return clock_.make_sleeper(); }),
+      parser_(&hidp::parser()) {}
+
+const HidParser& VirtualPlatform::parser() {
+    return *parser_.load();
+}
+
+void VirtualPlatform::set_parser(const HidParser* parser) {
+    parser_ = parser == nullptr ? &hidp::parser() : parser;
+}
+
+std::wstring VirtualPlatform::init() {
+    return {};
+}
+
+void VirtualPlatform::exit() {}
+
+std::vector<HidInterfaceInfo> VirtualPlatform::enumerate(std::uint16_t vendor_id, std::uint16_t product_id) {
+    return bus_.enumerate(vendor_id, product_id);
+}
+
+HidBackend::OpenResult VirtualPlatform::open(const std::string& path) {
+    return bus_.open(path);
+}
+
+void VirtualPlatform::HidD_FreePreparsedData(PHIDP_PREPARSED_DATA data) {
+    hidp::PreparsedDataDeleter{}(data);
+}
+
+VirtualPlatform& virtual_platform() {
+    static auto* const platform = new VirtualPlatform;  // outlives every thread
+    return *platform;
+}
+
+}  // namespace virtual_platform
+
+Platform& current() {
+    return virtual_platform::virtual_platform();
+}
+
+}  // namespace platform

@@ -1,0 +1,44 @@
+// The platform whose headsets live in the process.
+#pragma once
+
+#include "platform/common/message_window.h"
+#include "platform/platform.h"
+#include "platform/virtual/virtual_bus.h"
+#include "platform/virtual/virtual_clock.h"
+
+namespace platform::virtual_platform {
+
+class VirtualPlatform final : public Platform, private HidBackend {
+  public:
+    VirtualPlatform();
+
+    HidBackend& hid() override { return *this; }
+    const HidParser& parser() override;
+    MessageWindows& windows() override { return windows_; }
+    Clock& clock() override { return clock_; }
+
+    VirtualBus& bus() { return bus_; }
+    VirtualClock& virtual_clock() { return clock_; }
+    common::QueuedMessageWindows& virtual_windows() { return windows_; }
+
+    /// Puts another parser in the place of platform/hidp; null brings that back. For a test that wants one to
+    /// fail.
+    void set_parser(const HidParser* parser);
+
+  private:
+    std::wstring init() override;
+    void exit() override;
+    std::vector<HidInterfaceInfo> enumerate(std::uint16_t vendor_id, std::uint16_t product_id) override;
+    OpenResult open(const std::string& path) override;
+    void HidD_FreePreparsedData(PHIDP_PREPARSED_DATA data) override;
+
+    common::QueuedMessageWindows windows_;
+    VirtualClock clock_;
+    VirtualBus bus_;
+    std::atomic<const HidParser*> parser_;
+};
+
+/// current(), by its own type.
+VirtualPlatform& virtual_platform();
+
+}  // namespace platform::virtual_platform

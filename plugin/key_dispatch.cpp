@@ -1,0 +1,89 @@
+// Headset keys on their way to the host.
+
+#include "devicemgr/device_mgr_api.h"
+#include "plugin/base/plugin_log.h"
+#include "plugin/plugin_manager.h"
+
+namespace plugin_control {
+
+using headset_plugin::CallAction;
+
+namespace {
+
+// What a key that is no call action can be.
+constexpr std::uint32_t configuration_key = 1;
+constexpr std::uint32_t function_key = 2;
+
+}  // namespace
+
+void onHeadsetKeyEvent(std::uint16_t keycode, const std::string& device_serial) {
+    if (const auto manager = plugin_manager()) {
+        manager->handleKeyEvent(static_cast<std::int16_t>(keycode), device_serial);
+    }
+}
+
+void PluginManager::handleKeyEvent(std::int16_t keycode, const std::string& /*device_serial*/) {
+    static constexpr const char* function = "plugin_control::PluginManager::handleKeyEvent";
+    plugin_log("3rdPartyHeadsetPlugin: %s: keycode = %d\n", function, keycode);
+    const char* const active_id = get_active_device_id();
+    const std::string device_id = active_id == nullptr ? "" : active_id;
+    std::string cid;
+    if (!headset_ccm_) {
+        plugin_log("3rdPartyHeadsetPlugin: %s: call SM is not initialized = %d\n", function, keycode);
+        return;
+    }
+    const CallAction action = headset_ccm_->mapKeyToCallAction(cid, keycode);
+    if (action == CallAction::ignore) {
+        dispatch_secondary(headset_ccm_->mapKeyToSecondaryEvent(cid, keycode), device_id, cid);
+        return;
+    }
+    plugin_log("3rdPartyHeadsetPlugin: %s: key = %s\n", function, headset_plugin::to_string(action));
+    dispatch(action, device_id, cid);
+}
+
+void PluginManager::dispatch(CallAction action, const std::string& device_id, const std::string& cid) {
+    const auto listener = getCallControlListener();
+    if (!listener) {
+        return;
+    }
+    switch (action) {
+        case CallAction::answer:
+            listener->onAnswer(device_id, cid);
+            break;
+        case CallAction::end_call:
+            listener->onEndCall(device_id, cid);
+            break;
+        case CallAction::hold_call:
+            listener->onHoldCall(device_id, cid);
+            break;
+        case CallAction::resume_call:
+            listener->onResumeCall(device_id, cid);
+            break;
+        case CallAction::reject_call:
+            listener->onRejectCall(device_id, cid);
+            break;
+        case CallAction::mute_call:
+            listener->onMuteCall(device_id, cid, headset_ccm_->isCallMuted(cid));
+            break;
+        case CallAction::unmute_call:
+            listener->onUnmuteCall(device_id, cid, headset_ccm_->isCallMuted(cid));
+            break;
+        default:
+            break;  // the host has no operation for the others
+    }
+}
+
+void PluginManager::dispatch_secondary(std::uint32_t event, const std::string& device_id,
+                                       const std::string& cid) {
+    if (event == configuration_key) {
+        if (const auto listener = getConfigListener()) {
+            listener->onConfigKey(false);
+        }
+    } else if (event == function_key) {
+        if (const auto listener = getCallControlListener()) {
+            listener->onFunctionKey(device_id, cid);
+        }
+    }
+}
+
+}  // namespace plugin_control

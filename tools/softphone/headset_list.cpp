@@ -1,0 +1,112 @@
+#include "tools/softphone/headset_list.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace softphone {
+namespace {
+
+template <class List>
+auto find_if(List& list, const auto& matches) -> decltype(&*list.begin()) {
+    const auto found = std::ranges::find_if(list, matches);
+    return found == list.end() ? nullptr : &*found;
+}
+
+template <class List>
+auto find_by_name(List& list, std::string_view name) {
+    return find_if(list, [&](const Headset& headset) {
+        return headset.name == name || (headset.number != 0 && std::to_string(headset.number) == name);
+    });
+}
+
+template <class List>
+auto find_by_number(List& list, int number) {
+    return find_if(list, [&](const Headset& headset) { return headset.number == number; });
+}
+
+template <class List>
+auto find_by_serial(List& list, std::string_view serial) {
+    const auto plugged =
+        find_if(list, [&](const Headset& headset) { return headset.plugged && headset.serial == serial; });
+    return plugged ? plugged
+                   : find_if(list, [&](const Headset& headset) { return headset.serial == serial; });
+}
+
+}  // namespace
+
+const Indicator* Headset::indicator(Usage usage) const {
+    const auto found = std::ranges::find(indicators, usage, &Indicator::usage);
+    return found == indicators.end() ? nullptr : &*found;
+}
+
+std::string lit_names(const std::vector<Indicator>& indicators) {
+    std::string names;
+    for (const auto& indicator : indicators)
+        if (indicator.lit)
+            names += (names.empty() ? "" : ", ") + usage_name(indicator_names(), indicator.usage);
+    return names.empty() ? "all dark" : names + " lit";
+}
+
+Headset& HeadsetList::add(int number, const std::string& name) {
+    std::string free_name = name;
+    for (int copy = 2; find(free_name); ++copy)
+        free_name = name + "-" + std::to_string(copy);
+    Headset& headset = headsets_.emplace_back();
+    headset.number = number;
+    headset.name = free_name;
+    return headset;
+}
+
+Headset* HeadsetList::find(std::string_view name) {
+    return find_by_name(headsets_, name);
+}
+
+const Headset* HeadsetList::find(std::string_view name) const {
+    return find_by_name(headsets_, name);
+}
+
+Headset* HeadsetList::find_number(int number) {
+    return find_by_number(headsets_, number);
+}
+
+const Headset* HeadsetList::find_number(int number) const {
+    return find_by_number(headsets_, number);
+}
+
+std::string HeadsetList::name_of(int number) const {
+    const Headset* known = find_number(number);
+    return known ? known->name : std::to_string(number);
+}
+
+Headset* HeadsetList::find_serial(std::string_view serial) {
+    return find_by_serial(headsets_, serial);
+}
+
+const Headset* HeadsetList::find_serial(std::string_view serial) const {
+    return find_by_serial(headsets_, serial);
+}
+
+Headset& HeadsetList::choose(const std::optional<std::string>& name) {
+    if (name) {
+        if (Headset* named = find(*name))
+            return *named;
+        throw CommandError("there is no headset " + quoted(*name) + "; see headsets");
+    }
+    const auto plugged = [](const Headset& headset) { return headset.plugged; };
+    switch (std::ranges::count_if(headsets_, plugged)) {
+        case 0:
+            throw CommandError("no headset is plugged");
+        case 1:
+            return *std::ranges::find_if(headsets_, plugged);
+        default:
+            throw CommandError("several headsets are plugged: say which, " + join(names()));
+    }
+}
+
+Words HeadsetList::names() const {
+    Words names;
+    std::ranges::transform(headsets_, std::back_inserter(names), &Headset::name);
+    return names;
+}
+
+}  // namespace softphone

@@ -1,0 +1,64 @@
+// The headsets as the softphone knows them: virtual ones, which it plugs itself, and real ones, of which it
+// hears when the plug-in says that they are ready.
+#pragma once
+
+#include <deque>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/softphone/hid_names.h"
+#include "tools/softphone/text.h"
+
+namespace softphone {
+
+struct Indicator {
+    Usage usage;
+    bool lit = false;
+};
+
+struct Headset {
+    int number = 0;    ///< of a virtual headset; 0 for a real one
+    std::string name;  ///< what the user calls it
+    std::string product;
+    std::string serial;
+    bool plugged = false;
+    bool ready = false;                 ///< the plug-in's active headset
+    std::vector<Indicator> indicators;  ///< those that a virtual headset has
+    std::string last_report;            ///< the last output report in hexadecimal
+
+    const Indicator* indicator(Usage usage) const;
+};
+
+/// The names of the lit indicators, "all dark" when none is.
+std::string lit_names(const std::vector<Indicator>& indicators);
+
+/// A headset keeps its place and its address once it is in the list.
+class HeadsetList {
+  public:
+    /// Adds a headset. `name`, or a name made from it when it is taken already, becomes its name.
+    Headset& add(int number, const std::string& name);
+
+    /// The headset with this name or number, or null.
+    Headset* find(std::string_view name);
+    const Headset* find(std::string_view name) const;
+    Headset* find_number(int number);
+    const Headset* find_number(int number) const;
+    /// What the user calls the headset with this number.
+    std::string name_of(int number) const;
+    /// The plugged headset with this serial number, else an unplugged one, or null.
+    Headset* find_serial(std::string_view serial);
+    const Headset* find_serial(std::string_view serial) const;
+
+    /// The headset named by the user; without a name, the only one that is plugged. Throws CommandError.
+    Headset& choose(const std::optional<std::string>& name);
+
+    const std::deque<Headset>& all() const { return headsets_; }
+    Words names() const;
+
+  private:
+    std::deque<Headset> headsets_;
+};
+
+}  // namespace softphone

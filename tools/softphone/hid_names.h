@@ -1,0 +1,36 @@
+// Words for the usages that matter in a call: the indicators of a headset and its keys.
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace softphone {
+
+/// A usage of the HID Usage Tables.
+struct Usage {
+    std::uint16_t page = 0;
+    std::uint16_t id = 0;
+    auto operator<=>(const Usage&) const = default;
+};
+
+struct NamedUsage {
+    const char* name;
+    Usage usage;
+};
+
+/// The indicators that a headset may have: the LED page's, and the ringer of the telephony page.
+std::span<const NamedUsage> indicator_names();
+
+/// The keys that a headset may have, of the telephony page and the consumer page.
+std::span<const NamedUsage> key_names();
+
+/// The usage of this name, or written as PAGE:USAGE in hexadecimal; throws CommandError when it is neither.
+Usage find_usage(std::span<const NamedUsage> names, std::string_view text);
+
+/// The name of a usage, PAGE:USAGE if it has none here.
+std::string usage_name(std::span<const NamedUsage> names, Usage usage);
+
+}  // namespace softphone

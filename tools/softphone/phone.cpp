@@ -1,0 +1,66 @@
+#include "tools/softphone/phone.h"
+
+#include <array>
+#include <utility>
+
+namespace softphone {
+namespace {
+
+struct StepRow {
+    CallStep step;
+    void (*change)(Call& call);
+};
+
+// One row per step, in the order of the enumeration.
+constexpr std::array steps{
+    StepRow{CallStep::ringback, [](Call& call) { call.phase = CallPhase::ringback; }},
+    StepRow{CallStep::connect, [](Call& call) { call.phase = CallPhase::connected; }},
+    StepRow{CallStep::hold, [](Call& call) { call.phase = CallPhase::held; }},
+    StepRow{CallStep::resume, [](Call& call) { call.phase = CallPhase::connected; }},
+    StepRow{CallStep::end, [](Call& call) { call.phase = CallPhase::ended; }},
+    StepRow{CallStep::mute, [](Call& call) { call.muted = true; }},
+    StepRow{CallStep::unmute, [](Call& call) { call.muted = false; }},
+};
+
+}  // namespace
+
+Phone::Phone(CallList& calls, Host& host, std::shared_ptr<EventQueue> events)
+    : calls_(calls), host_(host), events_(std::move(events)) {}
+
+void Phone::create(const std::string& cid, int direction) {
+    change(cid, [&](Call& call) { call.direction = direction; });
+    host_.create_call(cid, direction);
+}
+
+void Phone::incoming(const std::string& cid, bool ringing) {
+    change(cid, [&](Call& call) { call.phase = ringing ? CallPhase::ringing : CallPhase::silent; });
+    host_.incoming_call(cid, ringing);
+}
+
+void Phone::perform(CallStep step, const std::string& cid) {
+    change(cid, steps.at(static_cast<std::size_t>(step)).change);
+    host_.report(step, cid);
+}
+
+void Phone::choose(const AudioDevice& device) {
+    device_ = device;
+    host_.set_audio_device(device);
+}
+
+void Phone::sync() {
+    host_.sync(device_.id, calls_.to_call_infos());
+}
+
+void Phone::answer(const ActionRequested& request) {
+    const auto step = answer_to(request.action);
+    // A request to hold names no call: it means the one that is up.
+    const Call* call = request.cid.empty() ? calls_.first(CallPhase::connected) : calls_.find(request.cid);
+    if (step && call)
+        perform(*step, std::string(call->cid));
+}
+
+void Phone::change(const std::string& cid, const std::function<void(Call&)>& change) {
+    events_->post(CallChanged{calls_.update(cid, change)});
+}
+
+}  // namespace softphone

@@ -1,0 +1,101 @@
+#include "tools/softphone/text.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cstdio>
+
+namespace softphone {
+namespace {
+
+constexpr std::string_view white_space = " \t\r\n";
+
+template <class Number>
+Number parse_whole(std::string_view text, int base, std::string_view what) {
+    Number number{};
+    const auto* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number, base);
+    if (error != std::errc{} || stop != end)
+        throw CommandError(quoted(text) + " is not " + std::string(what));
+    return number;
+}
+
+}  // namespace
+
+Words split_words(std::string_view line) {
+    Words words;
+    while (true) {
+        const auto start = line.find_first_not_of(white_space);
+        if (start == std::string_view::npos || line[start] == '#')
+            return words;
+        line.remove_prefix(start);
+        const bool in_quotes = line.front() == '"';
+        if (in_quotes)
+            line.remove_prefix(1);
+        const auto end = in_quotes ? line.find('"') : line.find_first_of(white_space);
+        if (in_quotes && end == std::string_view::npos)
+            throw CommandError("a quote is not closed");
+        words.emplace_back(line.substr(0, end));
+        if (end == std::string_view::npos)
+            return words;
+        line.remove_prefix(end + 1);
+    }
+}
+
+std::string join(std::span<const std::string> words) {
+    std::string joined;
+    for (const auto& word : words)
+        joined += (joined.empty() ? "" : " ") + word;
+    return joined;
+}
+
+bool same_ignoring_case(std::string_view a, std::string_view b) {
+    return std::ranges::equal(
+        a, b, [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
+}
+
+int parse_integer(std::string_view text, std::string_view what) {
+    return parse_whole<int>(text, 10, what);
+}
+
+std::chrono::milliseconds parse_milliseconds(std::string_view text) {
+    return std::chrono::milliseconds(parse_whole<std::uint32_t>(text, 10, "a number of milliseconds"));
+}
+
+std::uint16_t parse_hex16(std::string_view text, std::string_view what) {
+    return parse_whole<std::uint16_t>(text, 16, what);
+}
+
+Bytes parse_bytes(std::string_view text) {
+    constexpr std::string_view what = "a row of bytes such as 02:01:00";
+    std::string digits(text);
+    std::erase(digits, ':');
+    if (digits.empty() || digits.size() % 2 != 0)
+        throw CommandError(quoted(text) + " is not " + std::string(what));
+    Bytes bytes;
+    for (std::string_view rest = digits; !rest.empty(); rest.remove_prefix(2))
+        bytes.push_back(parse_whole<std::uint8_t>(rest.substr(0, 2), 16, what));
+    return bytes;
+}
+
+std::string to_hex(std::span<const std::uint8_t> bytes) {
+    std::string text;
+    for (const auto byte : bytes) {
+        char digits[4];
+        std::snprintf(digits, sizeof digits, "%02X", byte);
+        text += (text.empty() ? "" : " ") + std::string(digits);
+    }
+    return text;
+}
+
+std::string to_hex16(unsigned number) {
+    char digits[12];
+    std::snprintf(digits, sizeof digits, "%04X", number);
+    return digits;
+}
+
+std::string quoted(std::string_view text) {
+    return '"' + std::string(text) + '"';
+}
+
+}  // namespace softphone
