@@ -44,15 +44,22 @@ AudioDevice audio_device_of(const Headset& headset) {
     return {id, headset.product, headset.serial};
 }
 
-void device(Softphone& softphone, const Words& words) {
-    const Headset* headset = softphone.state().headsets.find(words[0]);
+AudioDevice audio_device(const Words& words, const Headset* headset) {
     if (words.size() == 1 && words[0] == "none")
-        softphone.phone().choose({});
-    else if (words.size() == 1 && headset)
-        softphone.phone().choose(audio_device_of(*headset));
-    else
-        softphone.phone().choose(
-            {words[0], words.size() > 1 ? words[1] : "", words.size() > 2 ? words[2] : ""});
+        return {};
+    if (words.size() == 1 && headset)
+        return audio_device_of(*headset);
+    return {words[0], words.size() > 1 ? words[1] : "", words.size() > 2 ? words[2] : ""};
+}
+
+void device(Softphone& softphone, const Words& words) {
+    HeadsetList& headsets = softphone.state().headsets;
+    const AudioDevice device = audio_device(words, headsets.find(words[0]));
+    // No device at all changes nothing; any other one puts the active headset out of use until a notice says
+    // "ready".
+    if (!device.id.empty())
+        headsets.set_ready(nullptr);
+    softphone.phone().choose(device);
 }
 
 void headsets(Softphone& softphone, const Words& /*words*/) {
@@ -70,6 +77,7 @@ void automatic(Softphone& softphone, const Words& words) {
 
 void stop(Softphone& softphone, const Words& /*words*/) {
     softphone.host().stop();
+    softphone.state().headsets.set_ready(nullptr);
 }
 
 void start(Softphone& softphone, const Words& /*words*/) {

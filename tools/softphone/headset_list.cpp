@@ -103,6 +103,11 @@ Headset& HeadsetList::choose(const std::optional<std::string>& name) {
     }
 }
 
+void HeadsetList::set_ready(const Headset* ready) {
+    for (auto& headset : headsets_)
+        headset.ready = &headset == ready;
+}
+
 Words HeadsetList::names() const {
     Words names;
     std::ranges::transform(headsets_, std::back_inserter(names), &Headset::name);

@@ -54,6 +54,9 @@ class HeadsetList {
     /// The headset named by the user; without a name, the only one that is plugged. Throws CommandError.
     Headset& choose(const std::optional<std::string>& name);
 
+    /// This headset is ready from now on, and no other; null for none at all.
+    void set_ready(const Headset* ready);
+
     const std::deque<Headset>& all() const { return headsets_; }
     Words names() const;
 

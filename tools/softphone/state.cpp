@@ -36,7 +36,7 @@ struct Applier {
 
     void operator()(const HeadsetReady& event) const {
         state.unclaimed.ready.push_back(event.notice);
-        find_or_add(event.notice).ready = true;
+        state.headsets.set_ready(&find_or_add(event.notice));
     }
 
     void operator()(const HeadsetRemoved& event) const {

@@ -1,0 +1,25 @@
+# A request from the headset may be left alone, or carried out later.
+
+auto off
+plug jabra-link-380c as jabra
+expect log "read_thread: Enter"
+device jabra
+expect ready jabra
+create 1 1
+ringback 1
+expect call 1 ringback
+expect indicator off-hook on
+connect 1
+press mute
+expect action MuteCall 1
+expect indicator mute off
+expect call 1 unmuted
+mute 1
+expect indicator mute on
+auto on
+press mute
+expect action UnmuteCall 1
+expect indicator mute off
+dnd 1
+expect log setDoNotDisturb
+end 1

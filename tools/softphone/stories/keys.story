@@ -1,0 +1,25 @@
+# Which keys ask for something: the mute key, for a connected call. The hook switch and the flash key do not.
+
+plug jabra-link-380c as jabra
+expect log "read_thread: Enter"
+device jabra
+expect ready jabra
+incoming 1
+press mute
+expect no action
+press hook
+expect no action
+connect 1
+press hook
+press flash
+key hook down
+key hook up
+expect no action
+press mute
+expect action MuteCall 1
+press 0B:2F
+expect action UnmuteCall 1
+hold 1
+press mute
+expect no action
+end 1

@@ -1,0 +1,24 @@
+# The plug-in is stopped during a call and started again: the call goes on, and is told of afterwards.
+
+plug jabra-link-380c as jabra
+expect log "read_thread: Enter"
+device jabra
+expect ready jabra
+connect 1
+expect indicator off-hook on
+stop
+expect indicator off-hook off
+mute 1
+incoming 2 silent
+start
+expect log "read_thread: Enter"
+device jabra
+expect ready jabra
+sync
+expect indicator off-hook on
+expect call 1 muted
+expect call 2 silent
+start
+stop
+stop
+start
