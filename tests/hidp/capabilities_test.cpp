@@ -1,8 +1,7 @@
 // Which capabilities a descriptor makes, in which order, with which indices.
 #include <gtest/gtest.h>
 
-#include "tests/hidp/collection.h"
-#include "tests/hidp/descriptor_items.h"
+#include "tests/hidp/headset.h"
 
 using namespace platform;
 using namespace hidp_test;
@@ -10,24 +9,6 @@ using hidp::Tag;
 using enum hidp::Tag;
 
 namespace {
-
-// HID Usage Tables.
-constexpr USAGE telephony = 0x0B;
-constexpr USAGE headset = 0x05;
-constexpr USAGE hook_switch = 0x20;
-constexpr USAGE flash = 0x21;
-constexpr USAGE redial = 0x24;
-constexpr USAGE phone_mute = 0x2F;
-constexpr USAGE buttons_page = 0x09;
-
-/// A headset's top-level collection around the items.
-Collection headset_with(std::initializer_list<ItemText> items) {
-    Bytes bytes = descriptor({{usage_page, telephony}, {usage, headset}, {Tag::collection, application}});
-    for (const Bytes& part : {descriptor(items), descriptor({{end_collection}})}) {
-        bytes.insert(bytes.end(), part.begin(), part.end());
-    }
-    return Collection(bytes);
-}
 
 const hidp::Capability& input_of(const Collection& collection, std::size_t index) {
     return collection.direction(HidP_Input).capabilities.at(index);
@@ -128,12 +109,9 @@ TEST(Capabilities, ARangeOfVariablesEndsWithTheFields) {
 }
 
 TEST(Capabilities, AShortUsageTakesThePageDeclaredLastBeforeTheMainItem) {
-    const auto collection = headset_with({{usage, 7},
-                                          {usage_page, buttons_page},
-                                          {report_size, 1},
-                                          {report_count, 1},
-                                          {input, data_variable}});
-    EXPECT_EQ(input_of(collection, 0).usage_page, buttons_page);
+    const auto collection = headset_with(
+        {{usage, 7}, {usage_page, button_page}, {report_size, 1}, {report_count, 1}, {input, data_variable}});
+    EXPECT_EQ(input_of(collection, 0).usage_page, button_page);
 }
 
 TEST(Capabilities, AFourByteUsageBringsItsPage) {
@@ -143,7 +121,7 @@ TEST(Capabilities, AFourByteUsageBringsItsPage) {
                                           {report_count, 2},
                                           {input, data_variable}});
     EXPECT_EQ(input_of(collection, 0).usage_page, telephony);
-    EXPECT_EQ(input_of(collection, 1).usage_page, buttons_page);
+    EXPECT_EQ(input_of(collection, 1).usage_page, button_page);
     EXPECT_EQ(input_of(collection, 1).usage_min, 7);
 }
 
@@ -155,7 +133,7 @@ TEST(Capabilities, OneFourByteEndGivesARangeItsPage) {
                                               {report_size, 1},
                                               {report_count, 3},
                                               {input, data_variable}});
-        EXPECT_EQ(input_of(collection, 0).usage_page, buttons_page);
+        EXPECT_EQ(input_of(collection, 0).usage_page, button_page);
         EXPECT_EQ(input_of(collection, 0).usage_min, 1);
         EXPECT_EQ(input_of(collection, 0).usage_max, 3);
     }

@@ -148,6 +148,7 @@ void expect(Softphone& softphone, const Words& words) {
 
 void forget(Softphone& softphone, const Words& /*words*/) {
     softphone.state().unclaimed = {};
+    softphone.state().log.skip_all();
 }
 
 void wait(Softphone& softphone, const Words& words) {
@@ -234,7 +235,7 @@ constexpr std::array table{
         "log lines are taken in their order, each once. What can be expected:",
         expect},
     Command{"forget", "", "forgets what came and was not expected",
-            "The next `expect action`, `report`, `ready`, `removed` or `no` looks at what comes from now on.",
+            "The next `expect action`, `report`, `ready`, `removed`, `log` or `no` looks at what comes from now on.",
             forget},
     Command{"wait", "MS", "lets milliseconds pass", "", wait},
     Command{"say", "TEXT...", "prints a line", "", say},

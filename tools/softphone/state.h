@@ -21,6 +21,8 @@ class LogBook {
 
     /// The next line that contains `text`, after the one that was found last.
     std::optional<std::string> find_next(std::string_view text);
+    /// find_next() looks at lines to come only.
+    void skip_all() { next_ = lines_.size(); }
 
   private:
     std::deque<std::string> lines_;

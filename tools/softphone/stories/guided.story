@@ -50,6 +50,9 @@ unplug jabra
 expect removed jabra
 expect call 42 connected
 
+# The plug-in tells of the removal first and lets go of the headset then.
+expect log "remove_device: now connected"
+
 say It comes back, dark at first.
 forget
 replug jabra

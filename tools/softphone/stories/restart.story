@@ -9,15 +9,17 @@ expect indicator off-hook on
 stop
 expect indicator off-hook off
 mute 1
-incoming 2 silent
+incoming 2
+end 2
+forget
 start
 expect log "read_thread: Enter"
 device jabra
 expect ready jabra
 sync
 expect indicator off-hook on
+expect indicator mute on
 expect call 1 muted
-expect call 2 silent
 start
 stop
 stop
