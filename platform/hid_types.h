@@ -1,5 +1,6 @@
-// The types and status codes of the platform's HID parser, under the names that the Windows driver kit documents for
-// hidpi.h, so that a platform with a hid.dll of its own can pass its structures through unchanged.
+// The types and status codes of the platform's HID parser, under the names that the Windows driver kit
+// documents for hidpi.h, so that a platform with a hid.dll of its own can pass its structures through
+// unchanged.
 //
 // Every structure has the layout of the Windows one; the asserts at the end hold the sizes.
 #pragma once
@@ -78,8 +79,8 @@ struct HIDP_RANGE {
     USHORT DataIndexMax;
 };
 
-/// The same storage for a capability of one usage. The reserved fields repeat the field before them, so that a single
-/// usage reads as a range of one.
+/// The same storage for a capability of one usage. The reserved fields repeat the field before them, so that
+/// a single usage reads as a range of one.
 struct HIDP_NOT_RANGE {
     USAGE Usage;
     USAGE Reserved1;

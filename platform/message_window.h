@@ -1,5 +1,6 @@
-// The seam to window messages and device notifications. The plug-in learns of arriving and leaving HID interfaces
-// through a message-only window, as Windows has it; elsewhere platform/common/ supplies such windows.
+// The seam to window messages and device notifications. The plug-in learns of arriving and leaving HID
+// interfaces through a message-only window, as Windows has it; elsewhere platform/common/ supplies such
+// windows.
 #pragma once
 
 #include <cstdint>
@@ -15,8 +16,8 @@ using WParam = std::uintptr_t;
 using LParam = std::intptr_t;
 using WindowProcedure = LParam (*)(WindowHandle window, std::uint32_t message, WParam wparam, LParam lparam);
 
-// Window messages and device events, with the values of winuser.h and dbt.h (Windows SDK). Guarded like the status
-// codes of hid_types.h.
+// Window messages and device events, with the values of winuser.h and dbt.h (Windows SDK). Guarded like the
+// status codes of hid_types.h.
 #ifndef WM_CREATE
 inline constexpr std::uint32_t WM_CREATE = 0x0001;
 inline constexpr std::uint32_t WM_DESTROY = 0x0002;
@@ -47,7 +48,8 @@ struct Guid {
     bool operator==(const Guid&) const = default;
 };
 
-/// The device-interface class of HID devices, {4D1E55B2-F16F-11CF-88CB-001111000030} (Windows SDK, hidclass.h).
+/// The device-interface class of HID devices, {4D1E55B2-F16F-11CF-88CB-001111000030} (Windows SDK,
+/// hidclass.h).
 inline constexpr Guid GUID_DEVINTERFACE_HID = {
     0x4D1E55B2, 0xF16F, 0x11CF, {0x88, 0xCB, 0x00, 0x11, 0x11, 0x00, 0x00, 0x30}};
 
@@ -58,7 +60,8 @@ struct DeviceBroadcastHeader {
     std::uint32_t reserved;
 };
 
-/// DEV_BROADCAST_DEVICEINTERFACE_W: a device interface, or the filter for notifications about a class of them.
+/// DEV_BROADCAST_DEVICEINTERFACE_W: a device interface, or the filter for notifications about a class of
+/// them.
 struct DeviceInterfaceBroadcast {
     DeviceBroadcastHeader header;
     Guid class_guid;
@@ -90,7 +93,8 @@ struct WindowMessage {
     LParam lparam;
 };
 
-/// Message-only windows and device notifications, with the meaning of the Windows functions of the same names.
+/// Message-only windows and device notifications, with the meaning of the Windows functions of the same
+/// names.
 ///
 /// A window belongs to the thread that made it and its procedure runs on that thread alone.
 class MessageWindows {
@@ -103,30 +107,33 @@ class MessageWindows {
     /// False while a window of the class exists, and where there is no such class.
     virtual bool UnregisterClassW(const wchar_t* class_name, void* instance) = 0;
 
-    /// Makes a message-only window (parent HWND_MESSAGE) and runs its procedure with WM_CREATE before it returns.
-    /// Null with an error code on failure.
+    /// Makes a message-only window (parent HWND_MESSAGE) and runs its procedure with WM_CREATE before it
+    /// returns. Null with an error code on failure.
     virtual WindowHandle CreateWindowExW(const WindowCreation& creation) = 0;
 
-    /// Waits for the next message of `window`. Messages that were sent are handled inside, without being returned.
-    /// False once the quit message was posted. [the window's thread]
+    /// Waits for the next message of `window`. Messages that were sent are handled inside, without being
+    /// returned. False once the quit message was posted. [the window's thread]
     virtual bool GetMessageW(WindowMessage* message, WindowHandle window) = 0;
     virtual void TranslateMessage(const WindowMessage& message) = 0;
     virtual LParam DispatchMessageW(const WindowMessage& message) = 0;
 
     /// What every message gets that the procedure leaves alone: WM_CLOSE destroys the window.
-    virtual LParam DefWindowProcW(WindowHandle window, std::uint32_t message, WParam wparam, LParam lparam) = 0;
+    virtual LParam DefWindowProcW(WindowHandle window, std::uint32_t message, WParam wparam,
+                                  LParam lparam) = 0;
 
     /// Ends the calling thread's message loop.
     virtual void PostQuitMessage(int exit_code) = 0;
 
-    /// Has the window's thread handle a message and waits for it; on that very thread, calls the procedure. Returns 0
-    /// at once when the window is gone or its thread has left its loop.
+    /// Has the window's thread handle a message and waits for it; on that very thread, calls the procedure.
+    /// Returns 0 at once when the window is gone or its thread has left its loop.
     virtual LParam SendMessageW(WindowHandle window, std::uint32_t message, WParam wparam, LParam lparam) = 0;
 
-    /// Queues a message and returns. False when the window is gone. What `lparam` points at must outlive the message.
+    /// Queues a message and returns. False when the window is gone. What `lparam` points at must outlive the
+    /// message.
     virtual bool PostMessageW(WindowHandle window, std::uint32_t message, WParam wparam, LParam lparam) = 0;
 
-    /// Has WM_DEVICECHANGE sent to the window for every interface of the filter's class that arrives or leaves.
+    /// Has WM_DEVICECHANGE sent to the window for every interface of the filter's class that arrives or
+    /// leaves.
     virtual NotificationHandle RegisterDeviceNotificationW(WindowHandle window,
                                                            const DeviceInterfaceBroadcast& filter,
                                                            std::uint32_t flags) = 0;

@@ -1,5 +1,5 @@
-// Everything that the plug-in asks of the system it runs on. A program is linked with one platform, which defines
-// current(); porting the plug-in means giving these parts.
+// Everything that the plug-in asks of the system it runs on. A program is linked with one platform, which
+// defines current(); porting the plug-in means giving these parts.
 #pragma once
 
 #include "platform/clock.h"
@@ -19,8 +19,8 @@ class Platform {
     virtual Clock& clock() = 0;
 };
 
-/// The platform that this program is linked with. Lives as long as the process: threads that are still on their way
-/// out at exit may use it. Thread: any.
+/// The platform that this program is linked with. Lives as long as the process: threads that are still on
+/// their way out at exit may use it. Thread: any.
 Platform& current();
 
 }  // namespace platform

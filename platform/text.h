@@ -7,8 +7,8 @@
 
 namespace platform {
 
-/// Converts at most as many whole characters as fit into `max_bytes` of UTF-8. Wide text is UTF-16 or UTF-32, whichever
-/// wchar_t holds; what is no character becomes U+FFFD. Thread: any.
+/// Converts at most as many whole characters as fit into `max_bytes` of UTF-8. Wide text is UTF-16 or UTF-32,
+/// whichever wchar_t holds; what is no character becomes U+FFFD. Thread: any.
 std::string to_utf8(std::wstring_view text, std::size_t max_bytes = std::string::npos);
 
 /// The other way round, for platforms that report narrow texts. Bytes that are no UTF-8 become U+FFFD.

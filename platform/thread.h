@@ -1,5 +1,5 @@
-// Threads of a library in somebody else's process: named, so that a debugger shows whose they are, and with every
-// signal blocked, so that the host's signals reach the host's threads.
+// Threads of a library in somebody else's process: named, so that a debugger shows whose they are, and with
+// every signal blocked, so that the host's signals reach the host's threads.
 #pragma once
 
 #include <functional>

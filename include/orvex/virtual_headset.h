@@ -1,10 +1,10 @@
 /// \file
 /// Virtual headsets: headsets that live in the process, for testing a calling client without hardware.
 ///
-/// `liborvex_headset_plugin_virtual.so` is the plug-in with these functions beside its own. Load it in place of the
-/// product library, plug a headset, run the client's calls, press buttons and look at the indicators. To the plug-in a
-/// virtual headset is a headset like any other: it has the report descriptor of a real one, and every report passes
-/// through the same code.
+/// `liborvex_headset_plugin_virtual.so` is the plug-in with these functions beside its own. Load it in place
+/// of the product library, plug a headset, run the client's calls, press buttons and look at the indicators.
+/// To the plug-in a virtual headset is a headset like any other: it has the report descriptor of a real one,
+/// and every report passes through the same code.
 ///
 /// \code
 ///   int headset = orvex_virtual_plug("jabra-link-380c", NULL);
@@ -16,9 +16,10 @@
 /// \endcode
 ///
 /// **Conventions.** A headset is a positive number. Functions return a negative number, or NULL, on failure;
-/// orvex_virtual_error() then says why. Usages are those of the HID Usage Tables: page 0x08 holds the indicators (0x17
-/// Off-Hook, 0x09 Mute, 0x18 Ring, 0x20 Hold), page 0x0B the telephony keys (0x20 Hook Switch, 0x21 Flash, 0x2F Phone
-/// Mute), page 0x0C the consumer keys. Every function may be called from any thread. Texts are UTF-8.
+/// orvex_virtual_error() then says why. Usages are those of the HID Usage Tables: page 0x08 holds the
+/// indicators (0x17 Off-Hook, 0x09 Mute, 0x18 Ring, 0x20 Hold), page 0x0B the telephony keys (0x20 Hook
+/// Switch, 0x21 Flash, 0x2F Phone Mute), page 0x0C the consumer keys. Every function may be called from any
+/// thread. Texts are UTF-8.
 #ifndef ORVEX_VIRTUAL_HEADSET_H
 #define ORVEX_VIRTUAL_HEADSET_H
 
@@ -37,23 +38,23 @@ extern "C" {
 
 /** A headset of the caller's own making, for orvex_virtual_plug_device(). The texts and bytes are copied. */
 struct orvex_virtual_device {
-    const uint8_t* descriptor;   /**< report descriptor (HID 1.11, 6.2.2) */
-    size_t descriptor_length;    /**< its length in bytes */
-    uint16_t vendor_id;          /**< USB vendor id; a vendor that the plug-in knows gets a driver */
-    uint16_t product_id;         /**< USB product id */
-    const char* manufacturer;    /**< manufacturer string, or NULL for none */
-    const char* product;         /**< product string, or NULL for none */
-    const char* serial;          /**< serial number, or NULL for none */
+    const uint8_t* descriptor; /**< report descriptor (HID 1.11, 6.2.2) */
+    size_t descriptor_length;  /**< its length in bytes */
+    uint16_t vendor_id;        /**< USB vendor id; a vendor that the plug-in knows gets a driver */
+    uint16_t product_id;       /**< USB product id */
+    const char* manufacturer;  /**< manufacturer string, or NULL for none */
+    const char* product;       /**< product string, or NULL for none */
+    const char* serial;        /**< serial number, or NULL for none */
 };
 
 /** What orvex_virtual_misbehave() can make a headset do. */
 enum orvex_virtual_fault {
-    ORVEX_VIRTUAL_FAULT_NONE = 0,         /**< behave again */
-    ORVEX_VIRTUAL_FAULT_OPEN_REFUSED = 1, /**< refuse to be opened */
-    ORVEX_VIRTUAL_FAULT_WRITE_HANGS = 2,  /**< take no output report: writes run into their time limit */
-    ORVEX_VIRTUAL_FAULT_WRITE_FAILS = 3,  /**< fail every output report */
-    ORVEX_VIRTUAL_FAULT_READ_FAILS = 4,   /**< fail the read that waits, once */
-    ORVEX_VIRTUAL_FAULT_READ_ONE_BYTE = 5,/**< answer the read that waits with a single byte, once */
+    ORVEX_VIRTUAL_FAULT_NONE = 0,            /**< behave again */
+    ORVEX_VIRTUAL_FAULT_OPEN_REFUSED = 1,    /**< refuse to be opened */
+    ORVEX_VIRTUAL_FAULT_WRITE_HANGS = 2,     /**< take no output report: writes run into their time limit */
+    ORVEX_VIRTUAL_FAULT_WRITE_FAILS = 3,     /**< fail every output report */
+    ORVEX_VIRTUAL_FAULT_READ_FAILS = 4,      /**< fail the read that waits, once */
+    ORVEX_VIRTUAL_FAULT_READ_ONE_BYTE = 5,   /**< answer the read that waits with a single byte, once */
     ORVEX_VIRTUAL_FAULT_UNPLUG_IN_OPEN = 6,  /**< be unplugged while it is being opened */
     ORVEX_VIRTUAL_FAULT_UNPLUG_IN_WRITE = 7, /**< be unplugged while it is being written to */
 };
@@ -65,27 +66,29 @@ enum orvex_virtual_event_kind {
     ORVEX_VIRTUAL_OUTPUT = 3,    /**< an output report reached the headset: `report`, `report_length` */
     ORVEX_VIRTUAL_INPUT = 4,     /**< the headset sent an input report: `report`, `report_length` */
     ORVEX_VIRTUAL_INDICATOR = 5, /**< an indicator changed: `usage_page`, `usage`, `on` */
-    ORVEX_VIRTUAL_UNEXPECTED = 6 /**< an output report other than the expected one came: `report`, `text` says which */
+    ORVEX_VIRTUAL_UNEXPECTED =
+        6 /**< an output report other than the expected one came: `report`, `text` says which */
 };
 
 /** One event. The pointers are valid during the call only. */
 struct orvex_virtual_event {
     enum orvex_virtual_event_kind kind;
-    int headset;               /**< the headset that it concerns */
-    uint64_t time_us;          /**< microseconds on a steady clock */
-    const uint8_t* report;     /**< report bytes, byte 0 the report id (0 for none), or NULL */
+    int headset;           /**< the headset that it concerns */
+    uint64_t time_us;      /**< microseconds on a steady clock */
+    const uint8_t* report; /**< report bytes, byte 0 the report id (0 for none), or NULL */
     size_t report_length;
     uint16_t usage_page;
     uint16_t usage;
-    int on;                    /**< 1: lit, 0: dark */
-    const char* text;          /**< what was wrong, or NULL */
+    int on;           /**< 1: lit, 0: dark */
+    const char* text; /**< what was wrong, or NULL */
 };
 
-/** Receives events, in order, one at a time, on the thread that caused them, which waits: return soon. It may call any
- *  function of this header but orvex_virtual_watch(). */
+/** Receives events, in order, one at a time, on the thread that caused them, which waits: return soon. It may
+ * call any function of this header but orvex_virtual_watch(). */
 typedef void (*orvex_virtual_watcher)(const struct orvex_virtual_event* event, void* user);
 
-/** \return the name of the built-in model `index` (0, 1, ...), such as "jabra-link-380c"; NULL past the last */
+/** \return the name of the built-in model `index` (0, 1, ...), such as "jabra-link-380c"; NULL past the last
+ */
 ORVEX_VIRTUAL_API const char* orvex_virtual_model(size_t index);
 
 /** \return the product string of a built-in model; NULL for an unknown name */
@@ -98,15 +101,16 @@ ORVEX_VIRTUAL_API int orvex_virtual_plug(const char* model, const char* serial);
 /** Plugs a headset made from a descriptor. \return the headset, or -1 when the descriptor is malformed */
 ORVEX_VIRTUAL_API int orvex_virtual_plug_device(const struct orvex_virtual_device* device);
 
-/** Unplugs a headset: blocked reads and writes fail, and the plug-in is told. The number stays valid for looking at what
- *  was recorded and for orvex_virtual_replug(). \return 0, or -1 for no such headset or one that is not plugged */
+/** Unplugs a headset: blocked reads and writes fail, and the plug-in is told. The number stays valid for
+ * looking at what was recorded and for orvex_virtual_replug(). \return 0, or -1 for no such headset or one
+ * that is not plugged */
 ORVEX_VIRTUAL_API int orvex_virtual_unplug(int headset);
 
 /** Plugs an unplugged headset again, on the same path, with its indicators dark. \return 0 or -1 */
 ORVEX_VIRTUAL_API int orvex_virtual_replug(int headset);
 
-/** \return the serial number of a headset, empty if it has none; NULL for no such headset. Valid until the calling
- *  thread calls this again. */
+/** \return the serial number of a headset, empty if it has none; NULL for no such headset. Valid until the
+ * calling thread calls this again. */
 ORVEX_VIRTUAL_API const char* orvex_virtual_serial(int headset);
 
 /** \return the product string, in the same manner */
@@ -120,43 +124,44 @@ ORVEX_VIRTUAL_API int orvex_virtual_press(int headset, uint16_t usage_page, uint
  *  \return 0 or -1 */
 ORVEX_VIRTUAL_API int orvex_virtual_set_key(int headset, uint16_t usage_page, uint16_t usage, int pressed);
 
-/** Sends an input report as it stands. Byte 0 is the report id (0 for a headset without ids), the length must be that of
- *  the report. \return 0 or -1 */
+/** Sends an input report as it stands. Byte 0 is the report id (0 for a headset without ids), the length must
+ * be that of the report. \return 0 or -1 */
 ORVEX_VIRTUAL_API int orvex_virtual_send_report(int headset, const uint8_t* report, size_t length);
 
 /** \return 1 when the indicator is lit, 0 when it is dark, -1 when the headset has no such indicator */
 ORVEX_VIRTUAL_API int orvex_virtual_indicator(int headset, uint16_t usage_page, uint16_t usage);
 
-/** Waits at most `timeout_ms` for an indicator to be lit (`on` 1) or dark (0). \return 1 when it is, 0 when the time is
- *  over, -1 when the headset has no such indicator */
+/** Waits at most `timeout_ms` for an indicator to be lit (`on` 1) or dark (0). \return 1 when it is, 0 when
+ * the time is over, -1 when the headset has no such indicator */
 ORVEX_VIRTUAL_API int orvex_virtual_wait_indicator(int headset, uint16_t usage_page, uint16_t usage, int on,
                                                    int timeout_ms);
 
 /** \return the number of output reports that reached the headset, or -1 */
 ORVEX_VIRTUAL_API int orvex_virtual_output_count(int headset);
 
-/** Copies output report `index` (0: the first) into `report`, at most `length` bytes, and its time into `time_us` unless
- *  that is NULL. \return the report's length in bytes, or -1 for no such report */
+/** Copies output report `index` (0: the first) into `report`, at most `length` bytes, and its time into
+ * `time_us` unless that is NULL. \return the report's length in bytes, or -1 for no such report */
 ORVEX_VIRTUAL_API int orvex_virtual_output(int headset, int index, uint8_t* report, size_t length,
                                            uint64_t* time_us);
 
-/** Waits until at least `count` output reports have reached the headset. \return 1, or 0 when the time is over, or -1 */
+/** Waits until at least `count` output reports have reached the headset. \return 1, or 0 when the time is
+ * over, or -1 */
 ORVEX_VIRTUAL_API int orvex_virtual_wait_outputs(int headset, int count, int timeout_ms);
 
-/** Expects this exact output report next, after those expected earlier. Once anything was expected, a report that is not
- *  the next expected one fails in the plug-in's write, is told to the watcher and fails orvex_virtual_verify().
- *  \return 0 or -1 */
+/** Expects this exact output report next, after those expected earlier. Once anything was expected, a report
+ * that is not the next expected one fails in the plug-in's write, is told to the watcher and fails
+ * orvex_virtual_verify(). \return 0 or -1 */
 ORVEX_VIRTUAL_API int orvex_virtual_expect(int headset, const uint8_t* report, size_t length);
 
-/** Waits at most `timeout_ms` for every expected report. \return 0 when all came and nothing else did; -1 when not, with
- *  wanted and found in orvex_virtual_error(). Either way the expectations are over. */
+/** Waits at most `timeout_ms` for every expected report. \return 0 when all came and nothing else did; -1
+ * when not, with wanted and found in orvex_virtual_error(). Either way the expectations are over. */
 ORVEX_VIRTUAL_API int orvex_virtual_verify(int headset, int timeout_ms);
 
 /** Makes a headset misbehave. \return 0 or -1 */
 ORVEX_VIRTUAL_API int orvex_virtual_misbehave(int headset, enum orvex_virtual_fault fault);
 
-/** Calls `watcher` for every event of every headset from now on, in place of an earlier watcher; NULL stops it. When this
- *  returns, the earlier watcher is not running. */
+/** Calls `watcher` for every event of every headset from now on, in place of an earlier watcher; NULL stops
+ * it. When this returns, the earlier watcher is not running. */
 ORVEX_VIRTUAL_API void orvex_virtual_watch(orvex_virtual_watcher watcher, void* user);
 
 /** Unplugs every headset and forgets all of them. */

@@ -29,9 +29,10 @@ void record(const std::string& call) {
 }
 
 std::string description(const std::string& host_device_id, int vendor_id, int product_id,
-                        const std::string& vendor_name, const std::string& device_name, const std::string& serial) {
-    return "(" + host_device_id + ", " + std::to_string(vendor_id) + ", " + std::to_string(product_id) + ", " +
-           vendor_name + ", " + device_name + ", " + serial + ")";
+                        const std::string& vendor_name, const std::string& device_name,
+                        const std::string& serial) {
+    return "(" + host_device_id + ", " + std::to_string(vendor_id) + ", " + std::to_string(product_id) +
+           ", " + vendor_name + ", " + device_name + ", " + serial + ")";
 }
 
 }  // namespace
@@ -39,13 +40,15 @@ std::string description(const std::string& host_device_id, int vendor_id, int pr
 void plugin_control::on_headset_ready(const std::string& host_device_id, int vendor_id, int product_id,
                                       const std::string& vendor_name, const std::string& device_name,
                                       const std::string& serial) {
-    record("on_headset_ready" + description(host_device_id, vendor_id, product_id, vendor_name, device_name, serial));
+    record("on_headset_ready" +
+           description(host_device_id, vendor_id, product_id, vendor_name, device_name, serial));
 }
 
 void headset_plugin::onDeviceRemoved(const std::string& host_device_id, int vendor_id, int product_id,
                                      const std::string& vendor_name, const std::string& device_name,
                                      const std::string& serial) {
-    record("onDeviceRemoved" + description(host_device_id, vendor_id, product_id, vendor_name, device_name, serial));
+    record("onDeviceRemoved" +
+           description(host_device_id, vendor_id, product_id, vendor_name, device_name, serial));
 }
 
 void headset_plugin::updateHeadsetState() {
@@ -61,8 +64,8 @@ std::vector<std::string> glue_calls() {
 
 bool wait_for_glue_call(const std::string& call) {
     std::unique_lock lock(g_mutex);
-    return g_changed.wait_for(lock, patience,
-                              [&] { return std::find(g_calls.begin(), g_calls.end(), call) != g_calls.end(); });
+    return g_changed.wait_for(
+        lock, patience, [&] { return std::find(g_calls.begin(), g_calls.end(), call) != g_calls.end(); });
 }
 
 void clear_glue_calls() {

@@ -62,9 +62,9 @@ void RecordingListener::onActiveDeviceNotify(const std::string& host_device_id, 
     record(call("onActiveDeviceNotify",
                 {host_device_id, id(vendor_id), id(product_id), vendor_name, device_name, serial}));
 }
-void RecordingListener::onDeviceRemovedNotify(const std::string& host_device_id, int vendor_id, int product_id,
-                                              const std::string& vendor_name, const std::string& device_name,
-                                              const std::string& serial) {
+void RecordingListener::onDeviceRemovedNotify(const std::string& host_device_id, int vendor_id,
+                                              int product_id, const std::string& vendor_name,
+                                              const std::string& device_name, const std::string& serial) {
     record(call("onDeviceRemovedNotify",
                 {host_device_id, id(vendor_id), id(product_id), vendor_name, device_name, serial}));
 }

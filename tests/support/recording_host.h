@@ -12,8 +12,9 @@
 
 namespace test_support {
 
-/// Keeps every call as a line: "onAnswer(device, cid)", "onMuteCall(device, cid, true)", "onListenerAttached()",
-/// "onActiveDeviceNotify(host id, 0b0e, 24c9, Jabra, Jabra Link 380c, serial)", "onConfigKey(false)". Thread: any.
+/// Keeps every call as a line: "onAnswer(device, cid)", "onMuteCall(device, cid, true)",
+/// "onListenerAttached()", "onActiveDeviceNotify(host id, 0b0e, 24c9, Jabra, Jabra Link 380c, serial)",
+/// "onConfigKey(false)". Thread: any.
 class RecordingListener final : public plugin_control::IPluginCallControlListener,
                                 public plugin_control::IPluginConfigListener {
   public:

@@ -63,12 +63,14 @@ void RecordingLogger::on_line(std::function<void(const std::string&)> action) {
     action_ = std::move(action);
 }
 
-::testing::AssertionResult in_order(const std::vector<std::string>& lines, const std::vector<std::string>& wanted) {
+::testing::AssertionResult in_order(const std::vector<std::string>& lines,
+                                    const std::vector<std::string>& wanted) {
     auto from = lines.begin();
     for (const std::string& line : wanted) {
         const auto found = std::find(from, lines.end(), line);
         if (found == lines.end()) {
-            auto failure = ::testing::AssertionFailure() << "missing, or out of order: " << line << "in the log:\n";
+            auto failure = ::testing::AssertionFailure()
+                           << "missing, or out of order: " << line << "in the log:\n";
             for (const std::string& logged : lines) {
                 failure << logged;
             }

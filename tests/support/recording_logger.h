@@ -1,12 +1,12 @@
-// A host's logger that keeps what it is given, and assertions on it: the log is part of the plug-in's behaviour.
+// A host's logger that keeps what it is given, and assertions on it: the log is part of the plug-in's
+// behaviour.
 #pragma once
-
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
+#include <gtest/gtest.h>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -15,7 +15,8 @@
 
 namespace test_support {
 
-/// How long a test waits for what is about to happen on another thread; generous, for sanitizers on busy machines.
+/// How long a test waits for what is about to happen on another thread; generous, for sanitizers on busy
+/// machines.
 inline constexpr std::chrono::seconds patience{20};
 
 /// Thread: any.
@@ -45,9 +46,11 @@ class RecordingLogger final : public plugin_control::IPluginLogger {
 };
 
 /// Succeeds when `wanted` occur in `lines` one after the other, other lines between them allowed.
-::testing::AssertionResult in_order(const std::vector<std::string>& lines, const std::vector<std::string>& wanted);
+::testing::AssertionResult in_order(const std::vector<std::string>& lines,
+                                    const std::vector<std::string>& wanted);
 
-/// Waits until `condition` is true, polling; false when `patience` is over. For what has no signal of its own.
+/// Waits until `condition` is true, polling; false when `patience` is over. For what has no signal of its
+/// own.
 bool eventually(const std::function<bool()>& condition);
 
 }  // namespace test_support

@@ -53,8 +53,8 @@ std::vector<std::string> upward_calls() {
 
 bool wait_for_upward_call(const std::string& call) {
     std::unique_lock lock(g_mutex);
-    return g_changed.wait_for(lock, patience,
-                              [&] { return std::find(g_calls.begin(), g_calls.end(), call) != g_calls.end(); });
+    return g_changed.wait_for(
+        lock, patience, [&] { return std::find(g_calls.begin(), g_calls.end(), call) != g_calls.end(); });
 }
 
 std::deque<headset_plugin::WorkerTask> take_posted_tasks() {

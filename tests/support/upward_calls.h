@@ -1,5 +1,5 @@
-// What a layer below the device manager calls upwards, recorded instead of done; tasks posted to the worker wait until a
-// test runs them.
+// What a layer below the device manager calls upwards, recorded instead of done; tasks posted to the worker
+// wait until a test runs them.
 #pragma once
 
 #include <deque>
