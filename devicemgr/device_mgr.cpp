@@ -470,14 +470,14 @@ const char* device_mgr::get_active_device_id() {
     // The thread's own copy: the headset may be gone before the caller has read it.
     thread_local std::string device_id;
     device_id = active->host_device_id();
-    return device_id.c_str();
+    return device_id.c_str();  // NOLINT(clang-analyzer-cplusplus.InnerPointer): the text outlives this call
 }
 
 std::string device_mgr::get_headset_model(const std::string& /*device_id*/) {
     static constexpr const char* function = "plugin_control::device_mgr::get_headset_model";
     plugin_log("3rdPartyHeadsetPlugin: %s: enter\n", function);
     if (const auto active = active_device_.get(); active && active->is_orvex_device()) {
-        const std::string model = active->device_name();
+        std::string model = active->device_name();
         plugin_log("3rdPartyHeadsetPlugin: %s: model = %s\n", function, model.c_str());
         return model;
     }

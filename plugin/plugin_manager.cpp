@@ -38,8 +38,8 @@ std::shared_ptr<PluginManager> getOrCreatePluginManager(const std::weak_ptr<IPlu
 
 PluginManager::PluginManager(const std::weak_ptr<IPluginLogger>& logger) : logger_(logger) {
     plugin_log("3rdPartyHeadsetPlugin: %s:\n", "plugin_control::PluginManager::PluginManager");
-    start_device_mgr(1);
     try {
+        start_device_mgr(1);
         PluginManager::reservedConfig1(true);
         headset_ccm_ = std::make_unique<headset_plugin::headset_ccm>();
     } catch (...) {
