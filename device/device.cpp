@@ -5,6 +5,7 @@
 
 #include "device/device_events.h"
 #include "device/vendor_names.h"
+#include "hid/hid_device.h"
 #include "platform/platform.h"
 #include "platform/text.h"
 #include "platform/thread.h"
@@ -70,7 +71,11 @@ device::~device() {
         // A logger that throws must not keep the headset from being let go.
         hid_end_reading(led_handle_.exchange(nullptr).get());
     }
-    // The read thread holds the headset, so that this is its last act, or it has ended: nothing to wait for.
+    let_go_of_thread();
+}
+
+void device::let_go_of_thread() {
+    // The read thread holds the headset and ends by itself: nothing to wait for.
     if (device_thread_.joinable()) {
         device_thread_.detach();
     }
@@ -89,6 +94,12 @@ bool device::is_orvex_device() const {
 }
 
 // ---- opening and closing
+
+bool device::is_connected() const {
+    // The system keeps buffers for a headset that is there, and refuses to for one that is gone.
+    const HidHandle handle = led_handle_.get();
+    return handle && handle->interface->HidD_SetNumInputBuffers(hid_input_buffers);
+}
 
 void device::take_led_handle(HidHandle handle) {
     if (driver_) {
@@ -157,6 +168,7 @@ std::int32_t device::hid_device_tryopen(std::uint16_t vendor_id, std::uint16_t p
         }
         if (is_open()) {
             plugin_log("3rdPartyHeadsetPlugin: %s: new a thread to read headset device \n", function);
+            let_go_of_thread();
             device_thread_ = platform::start_thread(
                 "orvex-read", [self = shared_from_this()] { self->tryopen_read_thread(); });
             get_device_info();

@@ -67,6 +67,10 @@ class device : public std::enable_shared_from_this<device> {
     /// The host's id of the audio device that this headset was matched to.
     std::string host_device_id() const { return host_device_id_.get(); }
     void set_host_device_id(std::string id) { host_device_id_.set(std::move(id)); }
+    /// Whether the headset was met, plugged in again, while it was still listed as the one that was pulled
+    /// out.
+    bool has_returned() const { return has_returned_; }
+    void note_return() { has_returned_ = true; }
 
     // Opening and closing.
 
@@ -77,6 +81,8 @@ class device : public std::enable_shared_from_this<device> {
     /// Opens the headset by its ids and starts reading: 1, or 0 when that fails or it is open already.
     std::int32_t hid_device_tryopen(std::uint16_t vendor_id, std::uint16_t product_id, const wchar_t* serial);
     bool is_open() const { return led_handle_.get() != nullptr; }
+    /// False once the headset was pulled out, even if its read thread has not noticed that yet.
+    bool is_connected() const;
     /// Lets go of the handle and has the read thread end, without waiting for it.
     void stop_device_thread();
     /// Lets go of the handle of a headset that went away and asks for its removal from the device list.
@@ -130,6 +136,7 @@ class device : public std::enable_shared_from_this<device> {
     };
 
     void take_led_handle(HidHandle handle);
+    void let_go_of_thread();
     /// The thread of hid_device_open: a report of less than two bytes, or an exception, is the end.
     void read_thread();
     /// The thread of hid_device_tryopen: only a read error is the end.
@@ -146,6 +153,7 @@ class device : public std::enable_shared_from_this<device> {
     platform::Guarded<HidHandle> led_handle_;
     platform::Guarded<HidHandle> upd_handle_;
     std::atomic<bool> opened_{false};
+    std::atomic<bool> has_returned_{false};
     std::atomic<std::uint8_t> headset_state_{0};
     const std::string serial_;
     platform::Guarded<std::string> device_name_;

@@ -189,6 +189,9 @@ std::shared_ptr<device> device_mgr::list_device(const hid_device_info& entry,
 void device_mgr::open_device(const hid_device_info& entry, const std::shared_ptr<device>& listed) {
     static constexpr const char* function = "plugin_control::device_mgr::enumerate_hid_device";
     constexpr const char* no_path = "";
+    if (entry.usage_page == telephony_usage_page && listed->is_open() && !listed->is_connected()) {
+        listed->note_return();
+    }
     if (listed->is_open() || entry.usage_page != telephony_usage_page) {
         plugin_log("3rdPartyHeadsetPlugin: %s: non-orvex headset already open %s. \n", function, no_path);
         return;
@@ -241,11 +244,7 @@ void device_mgr::remove_device(std::shared_ptr<device> removed) {
 void device_mgr::remove_device_with_serial(const std::string& serial) {
     static constexpr const char* function = "plugin_control::device_mgr::remove_device_with_serial";
     plugin_log("3rdPartyHeadsetPlugin: %s: enter\n", function);
-    worker_.post({function, [weak = weak_from_this(), serial] {
-                      if (const auto self = weak.lock()) {
-                          self->remove_closed_device(serial);
-                      }
-                  }});
+    post_task({function, [this, serial] { remove_closed_device(serial); }});
 }
 
 void device_mgr::remove_closed_device(const std::string& serial) {
@@ -263,10 +262,13 @@ void device_mgr::remove_closed_device(const std::string& serial) {
     }
     device_removed(removed);
     remove_device(removed);
-    // Replugged at once, it may have been opened anew by a pass before this removal came about. Its listing
-    // is gone now, so another pass has to find it.
-    if (removed->is_open()) {
+    // Replugged at once, it may have been opened anew, or taken for open still, by a pass before this removal
+    // came about. Its listing is gone now, so another pass has to find it.
+    const bool is_reopened = removed->is_open();
+    if (is_reopened) {
         removed->stop_device_thread();
+    }
+    if (is_reopened || removed->has_returned()) {
         request_enumeration();
     }
 }
@@ -280,7 +282,13 @@ void device_mgr::device_removed(const std::shared_ptr<device>& removed) {
 }
 
 void device_mgr::post_task(headset_plugin::WorkerTask task) {
-    worker_.post(std::move(task));
+    // A running task keeps the manager alive. Whoever lets go of it last joins the worker otherwise, and the
+    // message thread would wait for a task in which the host stops the plug-in, which waits for that thread.
+    worker_.post({task.name, [weak = weak_from_this(), run = std::move(task.fn)] {
+                      if (const auto self = weak.lock()) {
+                          run();
+                      }
+                  }});
 }
 
 bool device_mgr::is_usagepage_supported(std::int32_t vendor_id, std::int32_t /*product_id*/,
@@ -470,7 +478,7 @@ const char* device_mgr::get_active_device_id() {
     // The thread's own copy: the headset may be gone before the caller has read it.
     thread_local std::string device_id;
     device_id = active->host_device_id();
-    return device_id.c_str();  // NOLINT(clang-analyzer-cplusplus.InnerPointer): the text outlives this call
+    return device_id.c_str();
 }
 
 std::string device_mgr::get_headset_model(const std::string& /*device_id*/) {

@@ -67,6 +67,7 @@ class device_mgr : public std::enable_shared_from_this<device_mgr> {
     void remove_device_with_serial(const std::string& serial);
     /// Tells the host that a headset is gone.
     void device_removed(const std::shared_ptr<device>& removed);
+    /// Queues a task for the worker; dropped when the manager is gone before its turn.
     void post_task(headset_plugin::WorkerTask task);
     /// The wider rule on usage pages: the standard ones, and Logitech's own. Passes apply the narrower one of
     /// admit().

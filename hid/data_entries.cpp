@@ -93,6 +93,7 @@ HidDataEntry value_entry(const HIDP_VALUE_CAPS& cap, std::uint32_t usage) {
     HidDataEntry entry;
     entry.UsagePage = cap.UsagePage;
     entry.Usage = static_cast<platform::USAGE>(usage);
+    entry.UsageMin = usage;
     entry.ReportID = cap.ReportID;
     return entry;
 }

@@ -22,7 +22,8 @@ struct HidDataEntry {
     platform::NTSTATUS Status = platform::HIDP_STATUS_SUCCESS;  ///< the parser's last answer for this entry
     std::uint32_t ReportID = 0;
 
-    // Buttons. A single usage is a range of one. The list is never cleared: 0 stands for no usage.
+    // Buttons. A single usage is a range of one. The list is never cleared: 0 stands for no usage. UsageMin
+    // is a value entry's usage, too: the log shows it for both kinds.
     std::uint32_t UsageMin = 0;
     std::uint32_t UsageMax = 0;
     std::uint32_t MaxUsageLength = 0;     ///< entries in use of `Usages`

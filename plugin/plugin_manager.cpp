@@ -31,21 +31,22 @@ std::shared_ptr<PluginManager> getOrCreatePluginManager(const std::weak_ptr<IPlu
         return manager;
     }
     g_plugin_stopped = false;
-    std::shared_ptr<PluginManager> manager(new PluginManager(logger));
+    std::shared_ptr<PluginManager> manager;
+    try {
+        manager.reset(new PluginManager(logger));
+    } catch (...) {
+        stop_device_mgr();  // or the host would be left with threads that it does not know of
+        throw;
+    }
     g_plugin_manager().set(manager);
     return manager;
 }
 
 PluginManager::PluginManager(const std::weak_ptr<IPluginLogger>& logger) : logger_(logger) {
     plugin_log("3rdPartyHeadsetPlugin: %s:\n", "plugin_control::PluginManager::PluginManager");
-    try {
-        start_device_mgr(1);
-        PluginManager::reservedConfig1(true);
-        headset_ccm_ = std::make_unique<headset_plugin::headset_ccm>();
-    } catch (...) {
-        stop_device_mgr();  // or the host would be left with threads that nothing can stop
-        throw;
-    }
+    start_device_mgr(1);
+    PluginManager::reservedConfig1(true);
+    headset_ccm_ = std::make_unique<headset_plugin::headset_ccm>();
     headset_plugin::device::register_key_callback(&onHeadsetKeyEvent);
 }
 

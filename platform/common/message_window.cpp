@@ -142,12 +142,20 @@ bool QueuedMessageWindows::take_message(State& state, WindowMessage* message, Wi
             sent = state.sent.front();
             state.sent.pop_front();
         }
-        const LParam result = state.procedure(window, sent->message, sent->wparam, sent->lparam);
-        MutexLock lock(mutex_);
-        sent->result = result;
-        sent->answered = true;
-        state.changed.notify_all();
+        try {
+            answer(state, *sent, state.procedure(window, sent->message, sent->wparam, sent->lparam));
+        } catch (...) {
+            answer(state, *sent, 0);  // the sender must not wait for ever
+            throw;
+        }
     }
+}
+
+void QueuedMessageWindows::answer(State& state, Sent& sent, LParam result) {
+    MutexLock lock(mutex_);
+    sent.result = result;
+    sent.answered = true;
+    state.changed.notify_all();
 }
 
 void QueuedMessageWindows::TranslateMessage(const WindowMessage& /*message*/) {}

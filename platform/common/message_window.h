@@ -47,6 +47,7 @@ class QueuedMessageWindows final : public MessageWindows {
 
     std::shared_ptr<State> find(WindowHandle window) REQUIRES(mutex_);
     bool take_message(State& state, WindowMessage* message, WindowHandle window);
+    void answer(State& state, Sent& sent, LParam result) EXCLUDES(mutex_);
     void remove(WindowHandle window) EXCLUDES(mutex_);
     void remove_windows_of(std::thread::id owner) EXCLUDES(mutex_);
 

@@ -33,8 +33,9 @@ bool has_report_ids(PHIDP_PREPARSED_DATA data) {
 }
 
 const Parser& parser() {
-    static const Parser instance;
-    return instance;
+    // Never destroyed: threads that are still on their way out at exit may use it.
+    static const Parser* const instance = new Parser;
+    return *instance;
 }
 
 }  // namespace platform::hidp

@@ -13,13 +13,13 @@ inline constexpr std::size_t max_descriptor_size = 4096;
 /// Collections in a descriptor, and so their nesting. Known devices have at most 60.
 inline constexpr std::size_t max_collections = 1024;
 
-/// Known devices push once; other parsers stop at four to eight.
+/// Push items without their Pop. Known devices push once.
 inline constexpr std::size_t max_push_depth = 8;
 
-/// Usages, or ranges of them, that one main item may use up. Known devices have at most 60.
+/// Usages, or ranges of them, that one main item may use up. Known devices have at most 24.
 inline constexpr std::size_t max_local_items = 1024;
 
-/// Capabilities of one type of report. Known devices have at most 300.
+/// Capabilities of one type of report. Known devices have at most 200.
 inline constexpr std::size_t max_capabilities = 2048;
 
 /// The longest report that Linux passes on (HID_MAX_BUFFER_SIZE), in bits, without the id byte.
@@ -29,9 +29,7 @@ inline constexpr std::uint32_t max_report_bits = (16384 - 1) * 8;
 /// capability, so it is held to one for each byte of the longest report.
 inline constexpr std::uint32_t max_usage_list_length = 16384;
 
-/// HIDP_CAPS counts data indices, field sizes and field counts in 16 bits.
+/// Controls of one type of report: data indices have 16 bits.
 inline constexpr std::uint32_t max_data_indices = 65536;
-inline constexpr std::uint32_t max_report_size = 65535;
-inline constexpr std::uint32_t max_report_count = 65535;
 
 }  // namespace platform::hidp

@@ -194,6 +194,7 @@ ULONG Parser::HidP_MaxUsageListLength(HIDP_REPORT_TYPE type, USAGE page, PHIDP_P
 NTSTATUS Parser::HidP_SetUsages(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE* usages,
                                 ULONG* length, PHIDP_PREPARSED_DATA data, UCHAR* report,
                                 ULONG report_length) const {
+    // That an array has fields free is not checked: one that fills up keeps what went in, as on Windows.
     const auto has_place = [](const Capability&, USAGE) { return HIDP_STATUS_SUCCESS; };
     const std::span<UCHAR> bytes{report, report_length};
     const auto change = [&](const Capability& capability, USAGE usage) {

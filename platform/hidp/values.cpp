@@ -1,5 +1,6 @@
 // Values in a report: HidP_GetUsageValue, HidP_SetUsageValue, HidP_GetScaledUsageValue.
 #include <cstdint>
+#include <span>
 
 #include "platform/hidp/bits.h"
 #include "platform/hidp/hidp.h"
@@ -8,29 +9,30 @@
 namespace platform::hidp {
 namespace {
 
-/// Where one usage's value stands. Of a field run that belongs to one usage, it is the first.
+/// Where one usage's value stands. Where a run of fields belongs to one usage, it is the first of them.
 struct ValueField {
-    const Capability* capability;
-    ULONG position;
-    ULONG size;
+    NTSTATUS status = HIDP_STATUS_SUCCESS;
+    const Capability* capability = nullptr;  ///< null unless status is HIDP_STATUS_SUCCESS
+    ULONG position = 0;
 };
 
-NTSTATUS find_value(PHIDP_PREPARSED_DATA data, HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection,
-                    USAGE usage, std::span<const UCHAR> report, ValueField& field) {
+ValueField find_value(PHIDP_PREPARSED_DATA data, HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection,
+                      USAGE usage, std::span<const UCHAR> report) {
     const auto length = static_cast<ULONG>(report.size());
     if (const NTSTATUS status = check_report(data, type, length); status != HIDP_STATUS_SUCCESS) {
-        return status;
+        return {status};
     }
     const CapabilityFilter filter{false, page, link_collection};
     const auto [status, capability] = find_capability(data->directions[type], filter, usage, report[0]);
-    if (status == HIDP_STATUS_SUCCESS) {
-        const ULONG index = usage - ULONG{capability->usage_min};
-        field = {capability, capability->field_position(index), capability->field_bits()};
+    if (capability == nullptr) {
+        return {status};
     }
-    return status;
+    return {status, capability, capability->field_position(usage - ULONG{capability->usage_min})};
 }
 
-std::int64_t logical_value(const Capability& capability, ULONG raw, ULONG size) {
+/// The sign of a field is that of its logical minimum (HID 1.11, 5.8).
+std::int64_t logical_value(const Capability& capability, ULONG raw) {
+    const ULONG size = capability.field_bits();
     const bool is_negative = capability.logical_min < 0 && size > 0 && (raw >> (size - 1) & 1) != 0;
     return is_negative ? std::int64_t{raw} - (std::int64_t{1} << size) : std::int64_t{raw};
 }
@@ -71,40 +73,37 @@ NTSTATUS scale(const Capability& capability, std::int64_t value, LONG& scaled) {
 NTSTATUS Parser::HidP_SetUsageValue(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE usage,
                                     ULONG value, PHIDP_PREPARSED_DATA data, UCHAR* report,
                                     ULONG report_length) const {
-    ValueField field{};
-    const NTSTATUS status =
-        find_value(data, type, page, link_collection, usage, {report, report_length}, field);
-    if (status == HIDP_STATUS_SUCCESS) {
-        report[0] = field.capability->report_id;
-        write_bits({report, report_length}, field.position, field.size, value);
+    const std::span<UCHAR> bytes{report, report_length};
+    const ValueField field = find_value(data, type, page, link_collection, usage, bytes);
+    if (field.capability != nullptr) {
+        bytes[0] = field.capability->report_id;
+        write_bits(bytes, field.position, field.capability->field_bits(), value);
     }
-    return status;
+    return field.status;
 }
 
 NTSTATUS Parser::HidP_GetUsageValue(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE usage,
                                     ULONG* value, PHIDP_PREPARSED_DATA data, const UCHAR* report,
                                     ULONG report_length) const {
-    ValueField field{};
-    const NTSTATUS status =
-        find_value(data, type, page, link_collection, usage, {report, report_length}, field);
-    if (status == HIDP_STATUS_SUCCESS) {
-        *value = read_bits({report, report_length}, field.position, field.size);
+    const std::span<const UCHAR> bytes{report, report_length};
+    const ValueField field = find_value(data, type, page, link_collection, usage, bytes);
+    if (field.capability != nullptr) {
+        *value = read_bits(bytes, field.position, field.capability->field_bits());
     }
-    return status;
+    return field.status;
 }
 
 NTSTATUS Parser::HidP_GetScaledUsageValue(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection,
                                           USAGE usage, LONG* value, PHIDP_PREPARSED_DATA data,
                                           const UCHAR* report, ULONG report_length) const {
-    ValueField field{};
-    const NTSTATUS status =
-        find_value(data, type, page, link_collection, usage, {report, report_length}, field);
-    if (status != HIDP_STATUS_SUCCESS) {
-        return status;
+    const std::span<const UCHAR> bytes{report, report_length};
+    const ValueField field = find_value(data, type, page, link_collection, usage, bytes);
+    if (field.capability == nullptr) {
+        return field.status;
     }
+    const ULONG raw = read_bits(bytes, field.position, field.capability->field_bits());
     *value = 0;
-    const ULONG raw = read_bits({report, report_length}, field.position, field.size);
-    return scale(*field.capability, logical_value(*field.capability, raw, field.size), *value);
+    return scale(*field.capability, logical_value(*field.capability, raw), *value);
 }
 
 }  // namespace platform::hidp

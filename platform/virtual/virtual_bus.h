@@ -48,7 +48,7 @@ enum class Fault {
 struct FullUsage {
     USAGE page = 0;
     USAGE usage = 0;
-    auto operator<=>(const FullUsage&) const = default;
+    auto operator<=>(const FullUsage&) const = default;  // NOLINT(modernize-use-nullptr): clang 14 errs
 };
 
 enum class EventKind { plugged, unplugged, output, input, indicator, unexpected };

@@ -28,7 +28,8 @@ class VirtualSleeper final : public Sleeper {
     void sleep_stopped(std::chrono::milliseconds deadline) REQUIRES(clock_.mutex_) {
         ++clock_.sleepers_;
         clock_.changed_.notify_all();
-        while (!awake_ && clock_.stopped_ && clock_.now_ < deadline) {
+        const unsigned starts = clock_.starts_;
+        while (!awake_ && starts == clock_.starts_ && clock_.now_ < deadline) {
             clock_.changed_.wait(clock_.mutex_);
         }
         --clock_.sleepers_;
@@ -51,12 +52,12 @@ std::unique_ptr<Sleeper> VirtualClock::make_sleeper() {
 void VirtualClock::stop() {
     MutexLock lock(mutex_);
     stopped_ = true;
-    now_ = std::chrono::milliseconds{0};
 }
 
 void VirtualClock::go() {
     MutexLock lock(mutex_);
     stopped_ = false;
+    ++starts_;
     changed_.notify_all();
 }
 

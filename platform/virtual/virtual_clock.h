@@ -30,6 +30,7 @@ class VirtualClock final : public Clock {
     Mutex mutex_;
     Condition changed_;
     bool stopped_ GUARDED_BY(mutex_) = false;
+    unsigned starts_ GUARDED_BY(mutex_) = 0;  ///< goes so far, which ended the waits of their time
     std::chrono::milliseconds now_ GUARDED_BY(mutex_){0};  ///< of the stopped clock
     int sleepers_ GUARDED_BY(mutex_) = 0;
 };

@@ -11,6 +11,10 @@ namespace {
 constexpr const wchar_t* not_connected = L"The device is not connected.";
 constexpr const wchar_t* io_error = L"The request could not be performed because of an I/O device error.";
 
+// What Windows accepts.
+constexpr ULONG fewest_buffers = 2;
+constexpr ULONG most_buffers = 512;
+
 IoResult failed(const wchar_t* why) {
     return {.status = IoResult::Status::failed, .error = why};
 }
@@ -30,8 +34,11 @@ VirtualInterface::~VirtualInterface() {
 
 bool VirtualInterface::HidD_SetNumInputBuffers(ULONG count) {
     MutexLock lock(bus_.mutex_);
+    if (!connected_ || count < fewest_buffers || count > most_buffers) {
+        return false;
+    }
     buffers_ = count;
-    return connected_;
+    return true;
 }
 
 PHIDP_PREPARSED_DATA VirtualInterface::HidD_GetPreparsedData() {
@@ -71,7 +78,7 @@ IoResult VirtualInterface::read(std::span<std::uint8_t> report, std::chrono::mil
 
 IoResult VirtualInterface::write(std::span<const std::uint8_t> report, std::chrono::milliseconds timeout) {
     std::size_t left = 0;
-    bool hangs = false;
+    std::unique_ptr<Sleeper> hanging;
     IoResult result;
     {
         MutexLock lock(bus_.mutex_);
@@ -84,24 +91,21 @@ IoResult VirtualInterface::write(std::span<const std::uint8_t> report, std::chro
         } else if (headset_->fault == Fault::write_fails) {
             result = failed(io_error);
         } else if (headset_->fault == Fault::write_hangs) {
-            hangs = true;
+            // Known before the lock is released, so that a cancel or an unplug does not miss it.
+            hanging = bus_.make_sleeper_();
+            hanging_writes_.push_back(hanging.get());
         } else {
             result = bus_.take_output(*headset_, collection_, report);
         }
     }
     bus_.announce(left, false);
-    return hangs ? hang(timeout) : result;
+    return hanging ? hang(*hanging, timeout) : result;
 }
 
-IoResult VirtualInterface::hang(std::chrono::milliseconds timeout) {
-    const auto wait = bus_.make_sleeper_();
-    {
-        MutexLock lock(bus_.mutex_);
-        hanging_writes_.push_back(wait.get());
-    }
-    const bool timed_out = wait->sleep(timeout);
+IoResult VirtualInterface::hang(Sleeper& write, std::chrono::milliseconds timeout) {
+    const bool timed_out = write.sleep(timeout);
     MutexLock lock(bus_.mutex_);
-    std::erase(hanging_writes_, wait.get());
+    std::erase(hanging_writes_, &write);
     if (!connected_) {
         return failed(not_connected);
     }
@@ -158,7 +162,7 @@ std::optional<std::wstring> VirtualInterface::HidD_GetIndexedString(ULONG index)
 }
 
 void VirtualInterface::push(std::vector<std::uint8_t> report) {
-    if (arrivals_.size() >= buffers_) {
+    while (arrivals_.size() >= buffers_) {
         arrivals_.pop_front();
     }
     arrivals_.push_back({.report = std::move(report)});

@@ -43,7 +43,7 @@ class VirtualInterface final : public HidInterface {
         bool failed = false;
     };
 
-    IoResult hang(std::chrono::milliseconds timeout);
+    IoResult hang(Sleeper& write, std::chrono::milliseconds timeout);
     void wake_writes();
 
     VirtualBus& bus_;

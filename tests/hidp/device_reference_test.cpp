@@ -150,7 +150,7 @@ TEST_F(DeviceReference, AHostileDescriptorIsRefusedOrItsCollectionsCanBeUsed) {
         SCOPED_TRACE(name);
         const auto descriptor = reference::descriptor(record);
         const auto parsed = hidp::parse(descriptor);
-        EXPECT_NE(parsed.error.has_value(), !parsed.collections.empty());
+        EXPECT_EQ(parsed.collections.empty(), parsed.error.has_value());
         for (std::size_t index = 0; index < parsed.collections.size(); ++index) {
             use_everything(Collection(descriptor, index));
         }

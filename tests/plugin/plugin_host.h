@@ -1,11 +1,11 @@
-// A host in the same program as the plug-in, with virtual headsets to plug: what tests of the whole plug-in start from.
+// A host in the same program as the plug-in, with virtual headsets to plug: what tests of the whole plug-in
+// start from.
 #pragma once
-
-#include <gtest/gtest.h>
 
 #include <array>
 #include <cstdio>
 #include <future>
+#include <gtest/gtest.h>
 #include <memory>
 #include <span>
 #include <string>
@@ -14,6 +14,7 @@
 #include "device/device.h"
 #include "device/device_events.h"
 #include "devicemgr/admission.h"
+#include "devicemgr/message_thread.h"
 #include "drivers/driver_factory.h"
 #include "orvex/headset_plugin.h"
 #include "orvex/virtual_headset.h"
@@ -65,8 +66,8 @@ inline std::vector<Report> outputs(int headset) {
     return reports;
 }
 
-/// A host: its logger, its listeners, the plug-in, which each test starts when it wants. Time stands still, so that a
-/// headset becomes ready when the test says so.
+/// A host: its logger, its listeners, the plug-in, which each test starts when it wants. Time stands still,
+/// so that a headset becomes ready when the test says so.
 class PluginHost : public ::testing::Test {
   protected:
     void SetUp() override { virtual_clock().stop(); }
@@ -84,9 +85,25 @@ class PluginHost : public ::testing::Test {
         EXPECT_EQ(logger_->odd_levels(), std::vector<int>());
     }
 
+    /// Starts the plug-in and waits for its first look at the headsets.
     void start() {
         control_ = plugin_control::createPluginControl(logger_);
         config_ = plugin_control::createPluginConfig(logger_);
+        EXPECT_TRUE(eventually([] { return plugin_control::message_window() != nullptr; }));
+        drain_passes();
+    }
+
+    /// Waits until every arrival and removal so far has been looked at.
+    void drain_passes() {
+        static const platform::DeviceBroadcastHeader broadcast{sizeof(broadcast),
+                                                               platform::DBT_DEVTYP_DEVICEINTERFACE, 0};
+        constexpr platform::WParam no_such_event = 0;
+        const std::string done = "HeadsetPlugin: WndMessageHandler: unsupported dbch_devicetype \n";
+        const std::size_t before = logger_->count(done);
+        platform::current().windows().PostMessageW(plugin_control::message_window(),
+                                                   platform::WM_DEVICECHANGE, no_such_event,
+                                                   reinterpret_cast<platform::LParam>(&broadcast));
+        EXPECT_TRUE(logger_->wait_for_count(done, before + 1));
     }
 
     void start_with_listeners() {
@@ -95,11 +112,13 @@ class PluginHost : public ::testing::Test {
         config_->setConfigListener(listener_);
     }
 
-    /// Plugs a headset into the running plug-in and waits until it is listed or, if it was known before, looked at.
+    /// Plugs a headset into the running plug-in and waits until it is listed or, if it was known before,
+    /// looked at.
     int plug(const std::string& model = "jabra-link-380c", const char* serial = nullptr) {
         const int headset = orvex_virtual_plug(model.c_str(), serial);
         EXPECT_GT(headset, 0) << orvex_virtual_error();
-        EXPECT_TRUE(logger_->wait_for(created_line(headset)));
+        drain_passes();
+        EXPECT_GT(logger_->count(created_line(headset)), 0U) << "the headset is not listed";
         return headset;
     }
 
@@ -107,17 +126,19 @@ class PluginHost : public ::testing::Test {
         const std::string created = created_line(headset);
         const std::size_t before = logger_->count(created);
         EXPECT_EQ(orvex_virtual_replug(headset), 0) << orvex_virtual_error();
-        EXPECT_TRUE(logger_->wait_for_count(created, before + 1));
+        drain_passes();
+        EXPECT_EQ(logger_->count(created), before + 1) << "the headset is not listed anew";
     }
 
     /// Unplugs a headset and waits until it is off the list.
     void unplug(int headset) {
-        const std::string removed = line("headset_plugin::onDeviceRemoved",
-                                         "device: serial [" + serial(headset) + "]");
+        const std::string removed =
+            line("headset_plugin::onDeviceRemoved", "device: serial [" + serial(headset) + "]");
         const std::size_t before = logger_->count(removed);
         EXPECT_EQ(orvex_virtual_unplug(headset), 0) << orvex_virtual_error();
         EXPECT_TRUE(logger_->wait_for_count(removed, before + 1));
         drain_worker();
+        drain_passes();
     }
 
     /// The host's id of a headset's audio device: a longer text than the headset's serial.

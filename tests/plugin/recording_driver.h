@@ -1,5 +1,5 @@
-// A driver that writes nothing and knows every key: what the plug-in wants shown is kept as text, and an input report's
-// first data byte is the key code.
+// A driver that writes nothing and knows every key: what the plug-in wants shown is kept as text, and an
+// input report's first data byte is the key code.
 #pragma once
 
 #include <algorithm>

@@ -123,8 +123,8 @@ std::string newest_first(const std::deque<std::string>& recent) {
 }  // namespace
 
 int panel_rows(ScreenSize size) {
-    const int log_rows = std::min((size.rows - fixed_rows - least_rows_below) / 2, most_log_rows);
-    return log_rows < 0 ? 0 : fixed_rows + log_rows;
+    const int left = size.rows - fixed_rows - least_rows_below;
+    return left < 0 ? 0 : fixed_rows + std::min(left / 2, most_log_rows);
 }
 
 std::vector<std::string> render_panel(const State& state, std::string_view title, ScreenSize size,

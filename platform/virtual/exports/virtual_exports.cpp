@@ -16,7 +16,6 @@ using platform::virtual_platform::Event;
 using platform::virtual_platform::EventKind;
 using platform::virtual_platform::Failure;
 using platform::virtual_platform::Fault;
-using platform::virtual_platform::FullUsage;
 using platform::virtual_platform::HeadsetDescription;
 using platform::virtual_platform::VirtualBus;
 

@@ -5,8 +5,8 @@ stop
 plug jabra-link-380c as jabra
 fault jabra open-refused
 start
-expect log "complete hid_enumerate"
 device jabra
+expect ready jabra within 4000
 connect 1
 expect no report
 expect indicator off-hook off

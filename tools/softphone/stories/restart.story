@@ -13,7 +13,8 @@ incoming 2
 end 2
 forget
 start
-expect log "read_thread: Enter"
+expect report 02:00:00
+expect report 02:00:00
 device jabra
 expect ready jabra
 sync

@@ -1,0 +1,113 @@
+#include <array>
+#include <gtest/gtest.h>
+
+#include "drivers/stdhid_cc.h"
+#include "plugin/base/headset_types.h"
+#include "tests/drivers/driver_fixture.h"
+
+namespace headset_plugin::driver_test {
+namespace {
+
+/// A driver that leaves to its base what a driver may leave.
+class PlainDriver final : public call_control_generic {
+  public:
+    using call_control_generic::call_control_generic;
+    std::int32_t set_led_event_data(std::uint32_t, std::span<std::uint8_t>) override { return -1; }
+    std::int32_t process_read(std::span<const std::uint8_t>) override { return HEADSET_KEY_INVALID; }
+    std::int32_t set_mute_data(bool, std::span<std::uint8_t>) override { return -1; }
+
+    using call_control_generic::headset_leds_state_;
+    using call_control_generic::hid_device;
+    using call_control_generic::is_product_family;
+    using call_control_generic::product_id;
+};
+
+class DriverInterface : public DriverFixture {};
+class DriverFactoryTest : public DriverFixture {};
+
+TEST_F(DriverInterface, compares_product_families_by_the_high_byte_alone) {
+    struct Row {
+        std::uint32_t product_id;
+        std::uint32_t family;
+        bool same;
+    };
+    constexpr Row rows[] = {
+        {0x02AB, 0x0200, true},  {0x0200, 0x0200, true},  {0x02FF, 0x0200, true},  {0x0300, 0x0200, false},
+        {0x01FF, 0x0200, false}, {0x02AB, 0x02CD, true},  {0x1202, 0x0200, false}, {0x00AB, 0x0000, true},
+        {0xC056, 0xC000, true},  {0xC056, 0x4300, false}, {0x1C056, 0xC000, true},  // 16 bits of product id
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(PlainDriver(row.product_id).is_product_family(row.family), row.same)
+            << std::hex << row.product_id << " of " << row.family;
+    }
+}
+
+TEST_F(DriverInterface, begins_with_its_product_id_all_dark_and_no_handle) {
+    const PlainDriver driver(0x24C9);
+    EXPECT_EQ(driver.product_id(), 0x24C9U);
+    EXPECT_EQ(driver.headset_leds_state_, 0);
+    EXPECT_EQ(driver.hid_device(), nullptr);
+}
+
+TEST_F(DriverInterface, asks_for_no_follow_up_unless_a_driver_does) {
+    PlainDriver driver(0);
+    std::array<std::uint8_t, 4> output{};
+    for (const std::int32_t key :
+         {HEADSET_KEY_INVALID, HEADSET_KEY_END_CALL, HEADSET_KEY_MUTE, HEADSET_KEY_HOOK}) {
+        EXPECT_EQ(driver.handle_headset_reponse(key), 0U);
+    }
+    for (const std::uint32_t bit : {0x1U, 0x2U, 0x4U, 0x8U, 0x10U, 0x20U, 0x40U}) {
+        EXPECT_EQ(driver.toggle_led(bit, output), 0);
+    }
+    for (std::uint32_t state = 0; state < 8; ++state) {
+        EXPECT_EQ(driver.query_state_follow_up(state), 0U);
+    }
+    EXPECT_TRUE(log_->lines().empty());
+}
+
+TEST_F(DriverInterface, borrows_the_handle_and_does_not_keep_it_open) {
+    PlainDriver driver(0);
+    HidHandle handle = open_model("jabra-link-380c");
+    driver.set_hid_device(handle);
+    EXPECT_EQ(driver.hid_device(), handle);
+    handle.reset();
+    EXPECT_EQ(driver.hid_device(), nullptr);
+}
+
+TEST_F(DriverInterface, gives_the_handle_back) {
+    PlainDriver driver(0);
+    const HidHandle handle = open_model("jabra-link-380c");
+    driver.set_hid_device(handle);
+    driver.set_hid_device(nullptr);
+    EXPECT_EQ(driver.hid_device(), nullptr);
+}
+
+TEST_F(DriverFactoryTest, gives_five_vendors_the_standard_driver_and_others_none) {
+    for (const std::uint32_t vendor : {0x046DU, 0x047FU, 0x0B0EU, 0x1377U, 0x1395U}) {
+        EXPECT_NE(dynamic_cast<stdhid_cc*>(create_driver(vendor, 0xC056).get()), nullptr)
+            << std::hex << vendor;
+    }
+    for (const std::uint32_t vendor : {0U, 0x045EU, 0x1532U, 0x6993U, 0xF0F0U, 0x1046DU}) {
+        EXPECT_EQ(create_driver(vendor, 0xC056), nullptr) << std::hex << vendor;
+    }
+}
+
+TEST_F(DriverFactoryTest, gives_every_headset_a_driver_of_its_own) {
+    EXPECT_NE(create_driver(0x0B0E, 1), create_driver(0x0B0E, 1));
+}
+
+TEST_F(DriverFactoryTest, can_be_replaced_and_put_back) {
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> asked;
+    set_driver_factory([&](std::uint32_t vendor_id, std::uint32_t product_id) {
+        asked.emplace_back(vendor_id, product_id);
+        return std::make_shared<PlainDriver>(product_id);
+    });
+    const Driver plain = create_driver(0x1234, 0x5678);
+    EXPECT_NE(dynamic_cast<PlainDriver*>(plain.get()), nullptr);
+    EXPECT_EQ(asked, (std::vector<std::pair<std::uint32_t, std::uint32_t>>{{0x1234, 0x5678}}));
+    set_driver_factory({});
+    EXPECT_EQ(create_driver(0x1234, 0x5678), nullptr);
+}
+
+}  // namespace
+}  // namespace headset_plugin::driver_test

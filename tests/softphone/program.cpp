@@ -1,0 +1,183 @@
+#include "tests/softphone/program.h"
+
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+#include <utmp.h>
+
+#include "tools/softphone/file_descriptor.h"
+
+namespace softphone {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Far more than anything here takes, also under a sanitizer on a busy machine.
+constexpr std::chrono::seconds patience{60};
+
+[[noreturn]] void become_program(const std::vector<std::string>& arguments) {
+    std::vector<std::string> words{SOFTPHONE_PROGRAM};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> pointers;
+    for (auto& word : words)
+        pointers.push_back(word.data());
+    pointers.push_back(nullptr);
+    execv(pointers[0], pointers.data());
+    _exit(127);
+}
+
+/// A file without a name, which holds this text.
+FileDescriptor file_with(const std::string& text) {
+    FileDescriptor file(open("/tmp", O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
+    EXPECT_EQ(write(file.get(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    lseek(file.get(), 0, SEEK_SET);
+    return file;
+}
+
+std::string contents(const FileDescriptor& file) {
+    std::string text;
+    std::array<char, 4096> chunk;
+    lseek(file.get(), 0, SEEK_SET);
+    for (ssize_t size; (size = read(file.get(), chunk.data(), chunk.size())) > 0;)
+        text.append(chunk.data(), static_cast<std::size_t>(size));
+    return text;
+}
+
+/// The panel is painted at any time, in between what a line editor writes for one key and the next. It hides
+/// the cursor for that.
+std::string without_panel(std::string output) {
+    constexpr std::string_view begin = "\x1b[?25l";
+    constexpr std::string_view end = "\x1b[?25h";
+    for (auto start = output.find(begin); start != std::string::npos; start = output.find(begin, start)) {
+        const auto stop = output.find(end, start);
+        output.erase(start, stop == std::string::npos ? stop : stop + end.size() - start);
+    }
+    return output;
+}
+
+}  // namespace
+
+ProgramResult run_program(const std::vector<std::string>& arguments, const std::string& input) {
+    const FileDescriptor in = file_with(input);
+    const FileDescriptor out = file_with("");
+    const FileDescriptor err = file_with("");
+    const pid_t child = fork();
+    if (child == 0) {
+        dup2(in.get(), STDIN_FILENO);
+        dup2(out.get(), STDOUT_FILENO);
+        dup2(err.get(), STDERR_FILENO);
+        become_program(arguments);
+    }
+    int status = 0;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contents(out), contents(err)};
+}
+
+TerminalProgram::TerminalProgram(const std::vector<std::string>& arguments, unsigned short rows,
+                                 unsigned short columns) {
+    const winsize size{rows, columns, 0, 0};
+    EXPECT_EQ(openpty(&terminal_, &other_side_, nullptr, nullptr, &size), 0);
+    for (const int descriptor : {terminal_, other_side_})
+        fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+    child_ = fork();
+    if (child_ == 0) {
+        setenv("TERM", "xterm", 1);
+        setenv("NO_COLOR", "1", 1);
+        login_tty(dup(other_side_));
+        become_program(arguments);
+    }
+}
+
+TerminalProgram::~TerminalProgram() {
+    if (child_ > 0) {
+        kill(child_, SIGKILL);
+        waitpid(child_, nullptr, 0);
+    }
+    close(terminal_);
+    close(other_side_);
+}
+
+void TerminalProgram::type(const std::string& text) {
+    EXPECT_EQ(write(terminal_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+}
+
+void TerminalProgram::resize(unsigned short rows, unsigned short columns) {
+    const winsize size{rows, columns, 0, 0};
+    EXPECT_EQ(ioctl(terminal_, TIOCSWINSZ, &size), 0);
+}
+
+void TerminalProgram::send_signal(int signal) {
+    EXPECT_EQ(kill(child_, signal), 0);
+}
+
+testing::AssertionResult TerminalProgram::shows(const std::string& text) {
+    std::string below;
+    const auto found = wait_until([&] {
+        below = without_panel(output_);
+        const auto position = below.find(text, seen_);
+        if (position == std::string::npos)
+            return false;
+        seen_ = position + text.size();
+        return true;
+    });
+    return found ? found
+                 : found << testing::PrintToString(text) << " does not come after "
+                         << testing::PrintToString(below.substr(seen_));
+}
+
+testing::AssertionResult TerminalProgram::paints(const std::string& text) {
+    const auto found = wait_until([&] { return output_.find(text) != std::string::npos; });
+    return found ? found : found << testing::PrintToString(text) << " is not painted";
+}
+
+testing::AssertionResult TerminalProgram::wait_until(const std::function<bool()>& done) {
+    for (const auto deadline = Clock::now() + patience; Clock::now() < deadline; read_more())
+        if (done())
+            return testing::AssertionSuccess();
+    return testing::AssertionFailure();
+}
+
+int TerminalProgram::wait_for_end() {
+    int status = -1;
+    if (!wait_until([&] { return waitpid(child_, &status, WNOHANG) == child_; }))
+        return -1;
+    child_ = -1;
+    while (read_more())
+        continue;
+    return status;
+}
+
+bool TerminalProgram::waits_stopped() {
+    int status = 0;
+    return wait_until([&] { return waitpid(child_, &status, WNOHANG | WUNTRACED) == child_; }) &&
+           WIFSTOPPED(status);
+}
+
+bool TerminalProgram::in_line_mode() const {
+    termios modes{};
+    EXPECT_EQ(tcgetattr(terminal_, &modes), 0);
+    return (modes.c_lflag & ICANON) != 0 && (modes.c_lflag & ECHO) != 0;
+}
+
+/// Takes what there is, or waits a moment for it. False when nothing came.
+bool TerminalProgram::read_more() {
+    pollfd source{terminal_, POLLIN, 0};
+    if (poll(&source, 1, 20) <= 0)
+        return false;
+    std::array<char, 4096> chunk;
+    const ssize_t size = read(terminal_, chunk.data(), chunk.size());
+    if (size > 0)
+        output_.append(chunk.data(), static_cast<std::size_t>(size));
+    return size > 0;
+}
+
+}  // namespace softphone
