@@ -1,5 +1,14 @@
 // Starting when memory runs out: the host is told, nothing is left running, and the next start works.
 
+#if defined(__has_feature)
+#if __has_feature(thread_sanitizer) || __has_feature(address_sanitizer)
+#define ALLOCATOR_IS_THE_SANITIZERS  // clang's sanitizers bring operators of their own, which cannot be
+                                     // replaced
+#endif
+#endif
+
+#ifndef ALLOCATOR_IS_THE_SANITIZERS
+
 #include <cstdlib>
 #include <new>
 
@@ -79,3 +88,5 @@ void operator delete(void* memory) noexcept {
 void operator delete(void* memory, std::size_t /*size*/) noexcept {
     std::free(memory);
 }
+
+#endif

@@ -75,8 +75,8 @@ class PluginHost : public ::testing::Test {
     void TearDown() override {
         listener_->on_call({});
         logger_->on_line({});
-        plugin_control::stopPluginControl();
         virtual_clock().go();
+        plugin_control::stopPluginControl();
         orvex_virtual_watch(nullptr, nullptr);
         orvex_virtual_reset();
         headset_plugin::set_driver_factory({});

@@ -121,29 +121,29 @@ void TerminalProgram::send_signal(int signal) {
 
 testing::AssertionResult TerminalProgram::shows(const std::string& text) {
     std::string below;
-    const auto found = wait_until([&] {
+    const bool found = wait_until([&] {
         below = without_panel(output_);
-        const auto position = below.find(text, seen_);
-        if (position == std::string::npos)
-            return false;
-        seen_ = position + text.size();
-        return true;
+        return below.find(text, seen_) != std::string::npos;
     });
-    return found ? found
-                 : found << testing::PrintToString(text) << " does not come after "
-                         << testing::PrintToString(below.substr(seen_));
+    if (!found)
+        return testing::AssertionFailure() << testing::PrintToString(text) << " does not come after "
+                                           << testing::PrintToString(below.substr(seen_));
+    seen_ = below.find(text, seen_) + text.size();
+    return testing::AssertionSuccess();
 }
 
 testing::AssertionResult TerminalProgram::paints(const std::string& text) {
-    const auto found = wait_until([&] { return output_.find(text) != std::string::npos; });
-    return found ? found : found << testing::PrintToString(text) << " is not painted";
+    if (wait_until([&] { return output_.find(text) != std::string::npos; }))
+        return testing::AssertionSuccess();
+    return testing::AssertionFailure() << testing::PrintToString(text) << " is not painted";
 }
 
-testing::AssertionResult TerminalProgram::wait_until(const std::function<bool()>& done) {
+/// Reads until `done`. False when it takes too long.
+bool TerminalProgram::wait_until(const std::function<bool()>& done) {
     for (const auto deadline = Clock::now() + patience; Clock::now() < deadline; read_more())
         if (done())
-            return testing::AssertionSuccess();
-    return testing::AssertionFailure();
+            return true;
+    return false;
 }
 
 int TerminalProgram::wait_for_end() {

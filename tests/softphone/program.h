@@ -45,7 +45,7 @@ class TerminalProgram {
     bool in_line_mode() const;
 
   private:
-    testing::AssertionResult wait_until(const std::function<bool()>& done);
+    bool wait_until(const std::function<bool()>& done);
     bool read_more();
 
     pid_t child_ = -1;
