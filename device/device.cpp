@@ -5,7 +5,6 @@
 
 #include "device/device_events.h"
 #include "device/vendor_names.h"
-#include "hid/hid_device.h"
 #include "platform/platform.h"
 #include "platform/text.h"
 #include "platform/thread.h"
@@ -96,9 +95,7 @@ bool device::is_orvex_device() const {
 // ---- opening and closing
 
 bool device::is_connected() const {
-    // The system keeps buffers for a headset that is there, and refuses to for one that is gone.
-    const HidHandle handle = led_handle_.get();
-    return handle && handle->interface->HidD_SetNumInputBuffers(hid_input_buffers);
+    return hid_is_connected(led_handle_.get().get());
 }
 
 void device::take_led_handle(HidHandle handle) {

@@ -273,6 +273,10 @@ void hid_end_reading(hid_device* device) {
     }
 }
 
+bool hid_is_connected(hid_device* device) {
+    return device != nullptr && device->interface->is_connected();
+}
+
 int hid_copy_string(hid_device* device, platform::HidString which, std::span<wchar_t> buffer) {
     if (device == nullptr || buffer.empty()) {
         return -1;

@@ -74,6 +74,9 @@ class HidInterface {
     /// to wait is not missed.
     virtual void end_reading() = 0;
 
+    /// False once the device is gone, even if no read or write has failed yet. Does not block.
+    virtual bool is_connected() = 0;
+
     /// Feature reports; byte 0 is the report id (0 for none), sizes count it.
     virtual IoResult HidD_SetFeature(std::span<const std::uint8_t> report) = 0;
     virtual IoResult HidD_GetFeature(std::span<std::uint8_t> report) = 0;

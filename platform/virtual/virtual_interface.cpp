@@ -131,6 +131,11 @@ void VirtualInterface::end_reading() {
     arrived_.notify_all();
 }
 
+bool VirtualInterface::is_connected() {
+    MutexLock lock(bus_.mutex_);
+    return connected_;
+}
+
 IoResult VirtualInterface::HidD_SetFeature(std::span<const std::uint8_t> /*report*/) {
     return failed(L"The device has no feature reports.");
 }

@@ -21,6 +21,7 @@ class VirtualInterface final : public HidInterface {
     IoResult write(std::span<const std::uint8_t> report, std::chrono::milliseconds timeout) override;
     void cancel() override;
     void end_reading() override;
+    bool is_connected() override;
     IoResult HidD_SetFeature(std::span<const std::uint8_t> report) override;
     IoResult HidD_GetFeature(std::span<std::uint8_t> report) override;
     std::optional<std::wstring> string(HidString which) override;

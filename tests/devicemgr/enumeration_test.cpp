@@ -191,16 +191,12 @@ TEST_F(Enumeration, a_pass_never_removes_a_headset_that_is_gone) {
 
 TEST_F(Enumeration, a_headset_that_came_back_before_it_was_closed_is_noticed) {
     Gate gate;
-    logger_->on_line([&](const std::string& line) {
-        if (line == "3rdPartyHeadsetPlugin: headset_plugin::device::read_thread: Exit device_thread_ \n") {
-            gate.pass();
-        }
-    });
+    hold_up_at(read_thread_exit, gate);
     const int number = plug(headset("SN-1"));
     pass();
     const auto listed = manager_->find_device("SN-1");
     ASSERT_EQ(bus().unplug(number), "");
-    ASSERT_TRUE(gate.wait_for_arrival());
+    ASSERT_TRUE(held_up(gate));
     pass();
     EXPECT_FALSE(listed->has_returned());
     ASSERT_EQ(bus().replug(number), "");

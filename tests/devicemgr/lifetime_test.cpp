@@ -109,15 +109,10 @@ TEST_F(DeviceManagerLifetime, a_stop_while_a_headset_is_reported_ready_does_not_
 TEST_F(DeviceManagerLifetime, a_stop_on_the_worker_while_a_pass_is_about_to_begin_ends) {
     start();
     clear_log();
-    const std::string about_to_lock = manager_line("enumerate_hid_device", "lock device_mgr_mutex_ first ");
     Gate passing;
-    logger_->on_line([&](const std::string& line) {
-        if (line == about_to_lock) {
-            passing.pass();
-        }
-    });
+    hold_up_at(manager_line("enumerate_hid_device", "lock device_mgr_mutex_ first "), passing);
     plug(headset("SN-1", "Test Headset", {telephony}));
-    ASSERT_TRUE(passing.wait_for_arrival());
+    ASSERT_TRUE(held_up(passing));
     // The pass holds the manager; the stop on the worker waits for the message thread to leave it.
     post_device_mgr_task({"stop", stop_device_mgr});
     ASSERT_TRUE(logger_->wait_for(api_line("stop_device_mgr", "completed")));

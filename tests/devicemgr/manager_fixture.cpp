@@ -189,6 +189,20 @@ int HeadsetsTest::plug(const HeadsetDescription& description) {
     return number.value_or(0);
 }
 
+void HeadsetsTest::hold_up_at(const std::string& line, Gate& gate) {
+    logger_->on_line([line, &gate](const std::string& logged) {
+        if (logged == line) {
+            gate.pass();
+        }
+    });
+}
+
+bool HeadsetsTest::held_up(Gate& gate) {
+    const bool arrived = gate.wait_for_arrival();
+    logger_->on_line({});
+    return arrived;
+}
+
 // ---- the test's own manager
 
 void ManagerTest::SetUp() {
@@ -277,13 +291,6 @@ void RunningManagerTest::unplug_and_wait(int headset_number, std::size_t interfa
     EXPECT_TRUE(
         logger_->wait_for_count(window_line("WndMessageHandler", "HID device is plugged out "), interfaces));
     settle();
-}
-
-bool RunningManagerTest::eventually_selected(const std::string& serial) {
-    // The retry thread owns the first request, so that another is asked first.
-    set_audio_device("another", "", "");
-    set_audio_device("still another", "", "");
-    return eventually([&] { return set_audio_device(("host-" + serial).c_str(), "", ""); });
 }
 
 }  // namespace manager_test

@@ -58,6 +58,10 @@ std::string count_line(int count);
 Lines creation_lines(const std::string& serial, const std::string& name, int count);
 Lines pass_start_lines();
 
+/// The last line of a read thread before it sees to the headset.
+inline const std::string read_thread_exit =
+    "3rdPartyHeadsetPlugin: headset_plugin::device::read_thread: Exit device_thread_ \n";
+
 /// Holds a thread up until the test lets it go on.
 class Gate {
   public:
@@ -82,6 +86,10 @@ class HeadsetsTest : public testing::Test {
     }
     static platform::virtual_platform::VirtualBus& bus() { return platform().bus(); }
     static int plug(const HeadsetDescription& description);
+    /// Holds the thread up that logs this line next.
+    void hold_up_at(const std::string& line, Gate& gate);
+    /// Waits for it, and lets others pass from then on.
+    bool held_up(Gate& gate);
     /// The lines of the manager itself.
     Lines log() const { return logger_->lines_with("plugin_control::device_mgr::"); }
 
@@ -127,8 +135,6 @@ class RunningManagerTest : public HeadsetsTest {
     int plug_and_wait(const HeadsetDescription& description);
     void wait_for_arrivals(std::size_t count);
     void unplug_and_wait(int headset, std::size_t interfaces = 2);
-    /// Asks until the headset is there.
-    static bool eventually_selected(const std::string& serial);
 
   private:
     std::size_t threads_started() const;

@@ -39,6 +39,7 @@ class ScriptedInterface final : public HidInterface {
 
     void cancel() override { real_->cancel(); }
     void end_reading() override { real_->end_reading(); }
+    bool is_connected() override { return real_->is_connected(); }
 
     IoResult HidD_SetFeature(std::span<const std::uint8_t> report) override {
         return script_.set_feature ? script_.set_feature(report) : real_->HidD_SetFeature(report);

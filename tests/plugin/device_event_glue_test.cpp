@@ -90,7 +90,7 @@ const std::vector<CallsAndState> calls_and_states = {
 };
 
 TEST_F(DeviceEvents, a_headset_that_becomes_ready_shows_the_calls_that_there_are) {
-    const int headset = plug();
+    const int headset = plug_active();
     for (const CallsAndState& row : calls_and_states) {
         EXPECT_FALSE(control_->setAudioDevice("none", "", ""));
         control_->callStateSync("", row.calls, 0);

@@ -74,6 +74,11 @@ TEST(OpenScript, a_missing_file_is_refused) {
     EXPECT_THROW(open_script("/no/such/file"), CommandError);
 }
 
+TEST(OpenScript, a_folder_is_refused_when_it_is_read) {
+    const auto folder = open_script("/");
+    EXPECT_THROW(folder->read([](const std::string&, const std::string&) { return true; }), CommandError);
+}
+
 TEST(EventQueue, several_threads_post_and_nothing_is_lost_or_reordered) {
     EventQueue queue;
     constexpr int each = 1000;

@@ -12,6 +12,7 @@
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
+#include <utility>
 #include <utmp.h>
 
 #include "tools/softphone/file_descriptor.h"
@@ -102,8 +103,9 @@ TerminalProgram::~TerminalProgram() {
         kill(child_, SIGKILL);
         waitpid(child_, nullptr, 0);
     }
-    close(terminal_);
     close(other_side_);
+    if (terminal_ >= 0)
+        close(terminal_);
 }
 
 void TerminalProgram::type(const std::string& text) {
@@ -117,6 +119,10 @@ void TerminalProgram::resize(unsigned short rows, unsigned short columns) {
 
 void TerminalProgram::send_signal(int signal) {
     EXPECT_EQ(kill(child_, signal), 0);
+}
+
+void TerminalProgram::hang_up() {
+    close(std::exchange(terminal_, -1));
 }
 
 testing::AssertionResult TerminalProgram::shows(const std::string& text) {

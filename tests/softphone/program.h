@@ -30,6 +30,8 @@ class TerminalProgram {
     void type(const std::string& text);
     void resize(unsigned short rows, unsigned short columns);
     void send_signal(int signal);
+    /// Takes the terminal away, as a window that is closed.
+    void hang_up();
     /// Reads until what came below the panel since the last call that succeeded contains `text`, at most some
     /// seconds.
     testing::AssertionResult shows(const std::string& text);

@@ -47,6 +47,7 @@ TEST(Program, a_wrong_option_is_status_2) {
     EXPECT_EQ(run_program({"--bogus"}).status, 2);
     EXPECT_EQ(run_program({"--json", "--narrate"}).status, 2);
     EXPECT_EQ(run_commands("", {"--script", "/no/such.story"}).status, 2);
+    EXPECT_EQ(run_commands("", {"--script", "/"}).status, 2);
 }
 
 TEST(Program, a_missing_library_is_status_3_and_named) {

@@ -116,6 +116,12 @@ TEST_F(TerminalTest, a_signal_ends_it_and_leaves_the_terminal_in_order) {
     expect_restored_terminal();
 }
 
+TEST_F(TerminalTest, a_terminal_that_goes_away_ends_it) {
+    program.hang_up();
+    const int status = program.wait_for_end();
+    EXPECT_TRUE(WIFEXITED(status)) << status;
+}
+
 TEST_F(TerminalTest, a_crash_leaves_the_terminal_in_order) {
     program.send_signal(SIGABRT);
     const int status = program.wait_for_end();

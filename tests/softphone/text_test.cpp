@@ -26,6 +26,11 @@ TEST(SplitWords, an_open_quote_is_refused) {
     EXPECT_THROW(split_words("say \"hello"), CommandError);
 }
 
+TEST(Trimmed, white_space_inside_stays) {
+    EXPECT_EQ(trimmed(" \t a  b\r\n"), "a  b");
+    EXPECT_EQ(trimmed(" \r"), "");
+}
+
 TEST(ParseInteger, takes_signs_and_nothing_else) {
     EXPECT_EQ(parse_integer("-3", "a number"), -3);
     EXPECT_THROW(parse_integer("3x", "a number"), CommandError);

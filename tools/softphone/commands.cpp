@@ -234,9 +234,10 @@ constexpr std::array table{
         "Waits at most 2 seconds, or MS milliseconds with `within MS` at the end. Requests, reports, notices and "
         "log lines are taken in their order, each once. What can be expected:",
         expect},
-    Command{"forget", "", "forgets what came and was not expected",
-            "The next `expect action`, `report`, `ready`, `removed`, `log` or `no` looks at what comes from now on.",
-            forget},
+    Command{
+        "forget", "", "forgets what came and was not expected",
+        "The next `expect action`, `report`, `ready`, `removed`, `log` or `no` looks at what comes from now on.",
+        forget},
     Command{"wait", "MS", "lets milliseconds pass", "", wait},
     Command{"say", "TEXT...", "prints a line", "", say},
     Command{"log", "[N]", "shows the last lines of the plug-in's log", "20 without a number.", log},

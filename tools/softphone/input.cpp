@@ -7,6 +7,15 @@
 #include <unistd.h>
 
 namespace softphone {
+namespace {
+
+std::unique_ptr<Input> make_reader(int descriptor, const std::string& name) {
+    if (descriptor < 0)
+        throw CommandError("cannot open " + name + ": " + std::strerror(errno));
+    return std::make_unique<LineReader>(FileDescriptor(descriptor), name);
+}
+
+}  // namespace
 
 LineReader::LineReader(FileDescriptor file, std::string name)
     : file_(std::move(file)), name_(std::move(name)) {}
@@ -16,7 +25,9 @@ bool LineReader::read(const LineHandler& handle) {
     const ssize_t size = ::read(file_.get(), chunk.data(), chunk.size());
     if (size < 0 && (errno == EINTR || errno == EAGAIN))
         return true;
-    if (size <= 0) {
+    if (size < 0)
+        throw CommandError("cannot read " + name_ + ": " + std::strerror(errno));
+    if (size == 0) {
         // The last line of a file may lack its newline.
         if (!rest_.empty())
             hand_over(std::exchange(rest_, {}), handle);
@@ -40,14 +51,11 @@ bool LineReader::hand_over(std::string line, const LineHandler& handle) {
 }
 
 std::unique_ptr<Input> open_script(const std::string& path) {
-    FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (file.get() < 0)
-        throw CommandError("cannot open " + path + ": " + std::strerror(errno));
-    return std::make_unique<LineReader>(std::move(file), path);
+    return make_reader(open(path.c_str(), O_RDONLY | O_CLOEXEC), path);
 }
 
 std::unique_ptr<Input> open_standard_input() {
-    return std::make_unique<LineReader>(FileDescriptor(dup(STDIN_FILENO)), "<stdin>");
+    return make_reader(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0), "<stdin>");
 }
 
 }  // namespace softphone

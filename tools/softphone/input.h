@@ -19,7 +19,8 @@ class Input {
 
     /// For poll(): readable when read() has something to do.
     virtual int descriptor() const = 0;
-    /// Reads what is there and hands the finished lines over. False at the end.
+    /// Reads what is there and hands the finished lines over. False at the end. Throws CommandError when it
+    /// cannot be read.
     virtual bool read(const LineHandler& handle) = 0;
     /// True when a mistake in a line ends the program, as in a script; a person at a prompt types the line
     /// again.
@@ -50,9 +51,8 @@ class LineReader final : public Input {
     int line_number_ = 0;
 };
 
-/// The script file; throws CommandError when it cannot be opened.
+/// A script file, or standard input read as a script; throws CommandError when it cannot be opened.
 std::unique_ptr<Input> open_script(const std::string& path);
-/// Standard input, read as a script.
 std::unique_ptr<Input> open_standard_input();
 
 }  // namespace softphone

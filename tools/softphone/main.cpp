@@ -78,6 +78,6 @@ int main(int argc, char** argv) {
     } catch (const CommandError& error) {
         return fail(exit_bad_command, error);
     } catch (const std::exception& error) {
-        return fail(EXIT_FAILURE, error);
+        return fail(exit_system_error, error);
     }
 }

@@ -18,6 +18,7 @@ constexpr const char* footer =
     "  1    something that was expected did not happen\n"
     "  2    the command line or a line of a script is wrong, or cannot be carried out\n"
     "  3    the library cannot be loaded, or does not start\n"
+    "  71   the system refused memory, threads or files\n"
     "  128+N  ended by signal N\n"
     "Environment:\n"
     "  NO_COLOR  no colour when it is set and not empty";

@@ -13,8 +13,8 @@ namespace softphone {
 namespace {
 
 constexpr int no_timeout = -1;  // poll(2)
-constexpr std::chrono::milliseconds::rep longest_wait =
-    1'000'000;  // an int of milliseconds, as poll(2) takes it
+// poll(2) takes an int of milliseconds; a longer wait is made of several.
+constexpr std::chrono::milliseconds::rep longest_wait = 1'000'000;
 
 }  // namespace
 
@@ -65,7 +65,7 @@ bool Softphone::execute(const std::string& line, const std::string& place) {
     place_ = place;
     try {
         if (const Words words = split_words(line); !words.empty()) {
-            print(CommandGiven{words.front(), line.substr(line.find_first_not_of(" \t"))});
+            print(CommandGiven{words.front(), std::string(trimmed(line))});
             run_command(*this, words);
         }
     } catch (const CommandError& error) {

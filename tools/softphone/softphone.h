@@ -25,7 +25,8 @@ enum ExitStatus : int {
     exit_expectation_failed = 1,
     exit_bad_command = 2,
     exit_no_library = 3,
-    exit_signal = 128,  ///< plus the number of the signal, as shells count
+    exit_system_error = 71,  ///< as EX_OSERR of sysexits.h
+    exit_signal = 128,       ///< plus the number of the signal, as shells count
 };
 
 /// Everything here is called on the main thread.

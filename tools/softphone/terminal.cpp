@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <poll.h>
 #include <unistd.h>
 
 namespace softphone {
@@ -11,6 +12,11 @@ namespace {
 constexpr const char* prompt = "softphone> ";
 // More than any screen has rows.
 constexpr std::size_t kept_lines = 500;
+
+bool hung_up() {
+    pollfd source{STDIN_FILENO, POLLIN, 0};
+    return poll(&source, 1, 0) > 0 && (source.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0;
+}
 
 }  // namespace
 
@@ -48,6 +54,9 @@ int Terminal::descriptor() const {
 }
 
 bool Terminal::read(const LineHandler& handle) {
+    // libedit says nothing of a terminal that is gone, and would be asked for ever.
+    if (hung_up())
+        return false;
     handle_ = &handle;
     editor_->read();
     handle_ = nullptr;

@@ -42,6 +42,11 @@ Words split_words(std::string_view line) {
     }
 }
 
+std::string_view trimmed(std::string_view line) {
+    const auto start = line.find_first_not_of(white_space);
+    return start == line.npos ? "" : line.substr(start, line.find_last_not_of(white_space) - start + 1);
+}
+
 std::string join(std::span<const std::string> words) {
     std::string joined;
     for (const auto& word : words)

@@ -24,6 +24,9 @@ class CommandError : public std::runtime_error {
 /// of a word begins a comment. Throws CommandError when a quote is not closed.
 Words split_words(std::string_view line);
 
+/// The line without the white space around it.
+std::string_view trimmed(std::string_view line);
+
 /// The words with one space between them.
 std::string join(std::span<const std::string> words);
 
