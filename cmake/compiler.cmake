@@ -9,7 +9,9 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+  # Paths relative to the source tree, so that another checkout finds what this one compiled.
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_NOHASHDIR=1
+                                  ${CCACHE_PROGRAM})
 endif()
 
 add_compile_definitions(ORVEX_CONFIGURED_VENDOR_ID=${ORVEX_VENDOR_ID})

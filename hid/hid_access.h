@@ -70,7 +70,8 @@ void hid_cancel(hid_device* device);
 /// only be about to wait.
 void hid_end_reading(hid_device* device);
 
-/// False when the device behind the handle is gone, even if no read or write has failed yet; and for no handle.
+/// False when the device behind the handle is gone, even if no read or write has failed yet; and for no
+/// handle.
 bool hid_is_connected(hid_device* device);
 
 /// Copies a string, cut to the room and terminated. 0, or -1 when the device has none.

@@ -106,7 +106,7 @@ TEST_F(DeviceReading, a_stopped_headset_shuts_down_and_is_not_removed) {
     EXPECT_FALSE(driver_->has_handle());
     ASSERT_TRUE(logger_->wait_for(shutting_down));
     EXPECT_EQ(log_beside_read_thread(), stop_lines(handle_number_));
-    EXPECT_EQ(logger_->lines_with("::read_thread: "), (Lines{read_error(-1), exit_loop, shutting_down}));
+    EXPECT_TRUE(in_order(logger_->lines(), {exit_loop, shutting_down}));
     EXPECT_TRUE(eventually([&] { return is_closed(); }));
     EXPECT_EQ(upward_calls(), Lines{});
 }

@@ -338,11 +338,11 @@ TEST_F(MessageWindowsTest, ends_the_loops_of_the_quitting_thread_alone) {
 }
 
 TEST_F(MessageWindowsTest, returns_from_sending_to_a_thread_that_has_left_its_loop) {
-    std::latch asked{1};
-    const WindowHandle window = start_loop({}, [&](WindowHandle) { asked.wait(); });
+    const auto asked = std::make_shared<std::latch>(1);  // the thread looks at it after the test has returned
+    const WindowHandle window = start_loop({}, [asked](WindowHandle) { asked->wait(); });
     leave(window);
     EXPECT_EQ(windows_.SendMessageW(window, wm_question, 0, 0), 0) << "the thread still runs";
-    asked.count_down();
+    asked->count_down();
 }
 
 TEST_F(MessageWindowsTest, releases_a_sender_whose_window_is_destroyed) {

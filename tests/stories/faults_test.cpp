@@ -177,6 +177,26 @@ TEST_F(Faults, a_headset_whose_reading_fails_is_gone_for_the_host_until_the_next
     }
 }
 
+TEST_F(Faults, a_headset_that_a_late_look_opens_anew_while_the_plugin_stops_is_let_go) {
+    const int headset = plug_active();
+    const int outputs_before = orvex_virtual_output_count(headset);
+    std::promise<void> opened_anew;
+    logger_->on_line([&, opened = opened_anew.get_future().share()](const std::string& logged) {
+        if (logged == line("plugin_control::device_mgr::stop_tracking_thread", "done ")) {
+            constexpr int rest_and_opening = 4;
+            EXPECT_GT(orvex_virtual_plug("logitech-g535", nullptr), 0);
+            EXPECT_EQ(orvex_virtual_wait_outputs(headset, outputs_before + rest_and_opening, patience_ms), 1);
+            opened_anew.set_value();
+            EXPECT_TRUE(eventually([] { return count_threads("orvex-read") == 1; }));
+        } else if (logged.find("read_thread: read error") != std::string::npos) {
+            opened.wait();  // the thread that read before is slow to end
+        }
+    });
+    stopPluginControl();
+    EXPECT_TRUE(wait_for_plugin_threads_to_end());
+    logger_->on_line({});
+}
+
 TEST_F(Faults, stop_does_not_wait_for_a_callback_that_runs_on_another_thread) {
     const int headset = plug_active();
     control_->connectCall("", "1");

@@ -43,7 +43,7 @@ Call CallList::update(const std::string& cid, const std::function<void(Call&)>& 
     if (position == calls_.end())
         position = calls_.insert(position, Call{.cid = cid});
     change(*position);
-    const Call changed = *position;
+    Call changed = *position;
     if (changed.phase == CallPhase::ended)
         calls_.erase(position);
     return changed;

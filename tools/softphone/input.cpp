@@ -45,7 +45,7 @@ bool LineReader::read(const LineHandler& handle) {
     return true;
 }
 
-bool LineReader::hand_over(std::string line, const LineHandler& handle) {
+bool LineReader::hand_over(const std::string& line, const LineHandler& handle) {
     ++line_number_;
     return handle(line, name_ + ":" + std::to_string(line_number_));
 }

@@ -43,7 +43,7 @@ class LineReader final : public Input {
     void suspend() override {}
 
   private:
-    bool hand_over(std::string line, const LineHandler& handle);
+    bool hand_over(const std::string& line, const LineHandler& handle);
 
     FileDescriptor file_;
     std::string name_;

@@ -30,11 +30,11 @@ std::unique_ptr<Printer> make_printer(const Options& options, Display& display, 
     return options.narrate ? make_story_printer(display, style) : make_plain_printer(display, style);
 }
 
-int run_lines(const Options& options, const PluginLibrary& library, Signals& signals, Style style) {
+int run_lines(const Options& options, const PluginLibrary& library, Signals& signals, Style style,
+              Input& input) {
     PlainDisplay display;
     const auto printer = make_printer(options, display, style);
-    const auto input = options.script ? open_script(*options.script) : open_standard_input();
-    return Softphone(library, signals, display, *printer, options.log).run(*input);
+    return Softphone(library, signals, display, *printer, options.log).run(input);
 }
 
 int run_terminal(const Options& options, const PluginLibrary& library, Signals& signals, Style style) {
@@ -51,12 +51,16 @@ int run_terminal(const Options& options, const PluginLibrary& library, Signals& 
 int run(const Options& options) {
     const bool interactive =
         !options.script && !options.json && isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0;
+    // Opened first: the number of a standard input that is closed goes to the next file that is opened.
+    std::unique_ptr<Input> input;
+    if (!interactive)
+        input = options.script ? open_script(*options.script) : open_standard_input();
     // Before the library is loaded: the threads that it starts inherit what is blocked.
     Signals signals(interactive);
     const PluginLibrary library(options.library);
     const Style style(colour_wanted());
     return interactive ? run_terminal(options, library, signals, style)
-                       : run_lines(options, library, signals, style);
+                       : run_lines(options, library, signals, style, *input);
 }
 
 int fail(int status, const std::exception& error) {
