@@ -47,9 +47,6 @@ std::vector<Collection> parse_collections(std::span<const std::uint8_t> descript
         failure = parsed.error->to_string();
         return {};
     }
-    if (parsed.collections.empty()) {
-        failure = "the descriptor has no top-level collection";
-    }
     std::vector<Collection> collections;
     for (auto& data : parsed.collections) {
         Collection collection;

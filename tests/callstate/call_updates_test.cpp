@@ -133,7 +133,8 @@ TEST_F(CallUpdates, remove_a_call_that_ends_and_keep_the_order_of_the_others) {
 }
 
 TEST_F(CallUpdates, leave_the_list_alone_when_an_unknown_call_ends) {
-    have({talking("1")});
+    connect("1");
+    logger_->clear();
     end("2");
     EXPECT_EQ(logger_->lines(), Lines{update_line("state = 0, cid = 2 ")});
     EXPECT_EQ(headset_state(), 0);

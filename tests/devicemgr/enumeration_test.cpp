@@ -172,6 +172,7 @@ TEST_F(Enumeration, a_pass_opens_a_listed_headset_that_has_closed) {
     pass();
     const auto listed = manager_->find_device("SN-1");
     listed->stop_device_thread();
+    ASSERT_TRUE(logger_->wait_for(shutting_down));
     pass();
     EXPECT_EQ(manager_->find_device("SN-1"), listed);
     EXPECT_TRUE(listed->is_open());

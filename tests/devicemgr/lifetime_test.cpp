@@ -129,8 +129,7 @@ TEST_F(DeviceManagerLifetime, a_stop_inside_a_key_ends_the_read_thread_that_it_r
     const auto& mute_key = platform::virtual_platform::FullUsage{telephony, 0x2F};
     ASSERT_EQ(bus().press(number, mute_key), "");
     ASSERT_TRUE(logger_->wait_for(ended));
-    EXPECT_TRUE(logger_->wait_for(
-        "3rdPartyHeadsetPlugin: headset_plugin::device::read_thread: read failed, shuting down \n"));
+    EXPECT_TRUE(logger_->wait_for(shutting_down));
     EXPECT_TRUE(wait_for_message_threads());
     device::register_key_callback(nullptr);
 }

@@ -62,6 +62,10 @@ Lines pass_start_lines();
 inline const std::string read_thread_exit =
     "3rdPartyHeadsetPlugin: headset_plugin::device::read_thread: Exit device_thread_ \n";
 
+/// The last line of a read thread whose headset was stopped.
+inline const std::string shutting_down =
+    "3rdPartyHeadsetPlugin: headset_plugin::device::read_thread: read failed, shuting down \n";
+
 /// Holds a thread up until the test lets it go on.
 class Gate {
   public:

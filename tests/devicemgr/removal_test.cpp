@@ -41,12 +41,13 @@ TEST_F(Removal, the_active_headset_leaves_without_being_put_to_rest) {
     const auto outputs = bus().outputs(number)->size();
     logger_->clear();
     manager_->remove_device(listed);
-    EXPECT_EQ(logger_->lines(), manager_lines("remove_device", {"enter", "device to be removed is active"}) +
-                                    Lines{left_line(0)});
+    EXPECT_EQ(log(), manager_lines("remove_device", {"enter", "device to be removed is active"}) +
+                         Lines{left_line(0)});
     EXPECT_EQ(manager_->active_device(), nullptr);
     EXPECT_EQ(manager_->find_device("SN-1"), nullptr);
     EXPECT_EQ(listed->headset_state(), 2);
     EXPECT_TRUE(listed->is_selected());
+    EXPECT_EQ(logger_->lines_with("headset_set_state"), Lines{});
     EXPECT_EQ(bus().outputs(number)->size(), outputs);
     listed->stop_device_thread();
 }

@@ -67,6 +67,18 @@ class HidFunctions : public testing::Test {
         });
     }
 
+    /// A write in another thread that hangs, while the clock stands still.
+    std::future<int> hanging_write() {
+        EXPECT_EQ(bus().misbehave(headset_, Fault::write_hangs), "");
+        platform_.virtual_clock().stop();
+        auto writing = std::async(std::launch::async, [device = device_] {
+            const Bytes report{0x02, 0x01};
+            return hid_write(device, report.data(), report.size());
+        });
+        EXPECT_TRUE(platform_.virtual_clock().wait_for_sleepers(1, test_support::patience));
+        return writing;
+    }
+
     virtual_platform::VirtualPlatform& platform_ = virtual_platform::virtual_platform();
     int headset_ = 0;
     hid_device* device_ = nullptr;
@@ -240,12 +252,7 @@ TEST_F(HidWrite, refuses_a_buffer_that_is_empty_or_missing) {
 }
 
 TEST_F(HidWrite, that_hangs_is_given_up_after_one_second) {
-    ASSERT_EQ(bus().misbehave(headset_, Fault::write_hangs), "");
-    platform_.virtual_clock().stop();
-    const Bytes report{0x02, 0x01};
-    auto writing =
-        std::async(std::launch::async, [&] { return hid_write(device_, report.data(), report.size()); });
-    ASSERT_TRUE(platform_.virtual_clock().wait_for_sleepers(1, test_support::patience));
+    std::future<int> writing = hanging_write();
     platform_.virtual_clock().advance(milliseconds{1000});
     EXPECT_EQ(writing.get(), -1);
     expect_error(L"WriteFile/WaitForSingleObject Timeout");
@@ -351,13 +358,7 @@ TEST_F(HidClose, releases_a_read_in_another_thread_whether_it_waits_already_or_n
 }
 
 TEST_F(HidClose, releases_a_write_that_hangs) {
-    ASSERT_EQ(bus().misbehave(headset_, Fault::write_hangs), "");
-    platform_.virtual_clock().stop();
-    auto writing = std::async(std::launch::async, [device = device_] {
-        const Bytes report{0x02, 0x01};
-        return hid_write(device, report.data(), report.size());
-    });
-    ASSERT_TRUE(platform_.virtual_clock().wait_for_sleepers(1, test_support::patience));
+    std::future<int> writing = hanging_write();
     hid_close(std::exchange(device_, nullptr));
     EXPECT_EQ(writing.get(), -1);
 }

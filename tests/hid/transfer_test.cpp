@@ -69,7 +69,18 @@ class Transfer : public HidFixture {
 };
 
 class Read : public Transfer {};
-class Write : public Transfer {};
+class Write : public Transfer {
+  protected:
+    /// A write in another thread that hangs, while the clock stands still.
+    std::future<int> hanging_write() {
+        EXPECT_EQ(bus().misbehave(headset_, Fault::write_hangs), "");
+        platform_.virtual_clock().stop();
+        auto writing =
+            std::async(std::launch::async, [this] { return hid_write_report(handle_.get(), Bytes{0x02}); });
+        EXPECT_TRUE(platform_.virtual_clock().wait_for_sleepers(1, test_support::patience));
+        return writing;
+    }
+};
 class Feature : public Transfer {};
 class DeviceString : public Transfer {};
 class NoDevice : public HidFixture {};
@@ -212,12 +223,7 @@ TEST_F(Write, gives_the_system_one_second) {
 }
 
 TEST_F(Write, that_hangs_is_given_up_after_one_second) {
-    ASSERT_EQ(bus().misbehave(headset_, Fault::write_hangs), "");
-    platform_.virtual_clock().stop();
-    auto writing = std::async(std::launch::async, [&] {
-        return hid_write_report(handle_.get(), Bytes{0x02, 0x01});
-    });
-    ASSERT_TRUE(platform_.virtual_clock().wait_for_sleepers(1, test_support::patience));
+    std::future<int> writing = hanging_write();
     platform_.virtual_clock().advance(milliseconds{999});
     EXPECT_EQ(writing.wait_for(no_wait), std::future_status::timeout);
     platform_.virtual_clock().advance(milliseconds{1});
@@ -226,11 +232,7 @@ TEST_F(Write, that_hangs_is_given_up_after_one_second) {
 }
 
 TEST_F(Write, that_hangs_is_released_by_cancelling) {
-    ASSERT_EQ(bus().misbehave(headset_, Fault::write_hangs), "");
-    platform_.virtual_clock().stop();
-    auto writing =
-        std::async(std::launch::async, [&] { return hid_write_report(handle_.get(), Bytes{0x02}); });
-    ASSERT_TRUE(platform_.virtual_clock().wait_for_sleepers(1, test_support::patience));
+    std::future<int> writing = hanging_write();
     hid_cancel(handle_.get());
     EXPECT_EQ(writing.get(), -1);
     expect_error(L"WriteFile: cancelled");

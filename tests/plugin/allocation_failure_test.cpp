@@ -14,7 +14,6 @@
 
 #include "plugin/plugin_manager.h"
 #include "tests/plugin/plugin_host.h"
-#include "tests/plugin/plugin_threads.h"
 
 namespace {
 
@@ -81,11 +80,11 @@ void* operator new(std::size_t size) {
     throw std::bad_alloc();
 }
 
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
 
-void operator delete(void* memory, std::size_t /*size*/) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t /*size*/) noexcept {
     std::free(memory);
 }
 

@@ -19,6 +19,7 @@
 #include "orvex/headset_plugin.h"
 #include "orvex/virtual_headset.h"
 #include "platform/virtual/virtual_platform.h"
+#include "tests/plugin/plugin_threads.h"
 #include "tests/support/recording_host.h"
 #include "tests/support/recording_logger.h"
 
@@ -77,6 +78,7 @@ class PluginHost : public ::testing::Test {
         logger_->on_line({});
         virtual_clock().go();
         plugin_control::stopPluginControl();
+        EXPECT_TRUE(wait_for_plugin_threads_to_end());
         orvex_virtual_watch(nullptr, nullptr);
         orvex_virtual_reset();
         headset_plugin::set_driver_factory({});

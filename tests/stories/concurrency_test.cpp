@@ -10,7 +10,6 @@
 #include <random>
 #include <thread>
 
-#include "tests/plugin/plugin_threads.h"
 #include "tests/stories/headset_rows.h"
 
 namespace {

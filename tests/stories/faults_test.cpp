@@ -3,7 +3,6 @@
 #include <future>
 
 #include "hid/hid_access.h"
-#include "tests/plugin/plugin_threads.h"
 #include "tests/stories/headset_rows.h"
 
 namespace {
@@ -195,6 +194,28 @@ TEST_F(Faults, a_headset_that_a_late_look_opens_anew_while_the_plugin_stops_is_l
     stopPluginControl();
     EXPECT_TRUE(wait_for_plugin_threads_to_end());
     logger_->on_line({});
+}
+
+TEST_F(Faults, a_headset_that_is_listed_anew_while_the_host_hears_that_it_went_stays_listed) {
+    const int headset = plug_active();
+    config_->registerDeviceAvailabilityHook([headset](int, int) {
+        orvex_virtual_misbehave(headset, ORVEX_VIRTUAL_FAULT_OPEN_REFUSED);
+        return true;
+    });
+    listener_->on_call([&](const std::string& call) {
+        if (!call.starts_with("onDeviceRemovedNotify")) {
+            return;
+        }
+        const int before = orvex_virtual_output_count(headset);
+        EXPECT_EQ(orvex_virtual_replug(headset), 0);
+        EXPECT_TRUE(logger_->wait_for(failed_open));
+        config_->registerDeviceAvailabilityHook({});
+        misbehave(headset, ORVEX_VIRTUAL_FAULT_NONE);
+        EXPECT_GT(orvex_virtual_plug("logitech-g535", nullptr), 0);
+        EXPECT_EQ(orvex_virtual_wait_outputs(headset, before + 2, patience_ms), 1);
+    });
+    unplug(headset);
+    activate(headset);
 }
 
 TEST_F(Faults, stop_does_not_wait_for_a_callback_that_runs_on_another_thread) {

@@ -2,9 +2,15 @@
 
 auto off
 plug jabra-link-380c as jabra
-expect log "read_thread: Enter"
+# Opened: dark.
+expect report 02:00:00
+expect report 02:00:00
 device jabra
 expect ready jabra
+# Ready: shows that there is no call.
+expect report 02:00:00
+expect report 02:00:00
+expect report 02:00:00
 create 1 1
 ringback 1
 expect call 1 ringback

@@ -20,6 +20,9 @@ expect report 02:00:00
 expect report 02:00:00
 device jabra
 expect ready jabra
+expect report 02:00:00
+expect report 02:00:00
+expect report 02:00:00
 connect 2
 expect indicator off-hook on
 
@@ -45,6 +48,9 @@ expect report 02:00:00
 expect report 02:00:00
 device jabra
 expect ready jabra
+expect report 02:00:00
+expect report 02:00:00
+expect report 02:00:00
 connect 4
 expect indicator off-hook on
 fault jabra unplug-in-write

@@ -3,19 +3,26 @@
 say The user chooses the headset for calls before it is there: audio devices show up early.
 device usb-Jabra_Link_380c_50C2ED83A1F4-00 "Jabra Link 380c" 50C2ED83A1F4
 
-say The headset is plugged in. The plug-in finds it, makes it dark, and tells the client that it is ready.
+say The headset is plugged in. The plug-in finds it and makes it dark: mute off, off-hook off.
 plug jabra-link-380c as jabra
-expect ready jabra within 4000
-expect indicator off-hook off
-expect indicator mute off
+expect report 02:00:00 within 4000
+expect report 02:00:00
 
-say A call comes in. The headset rings through its sound; no indicator is lit.
+say It tells the client that the headset is ready, and shows that there is no call.
+expect ready jabra within 4000
+expect report 02:00:00
+expect report 02:00:00
+expect report 02:00:00
+
+say A call comes in. Ringing lights no indicator: it is the client that plays the sound.
 incoming 42
 expect call 42 ringing
+expect report 02:00:00
 expect indicator off-hook off
 
 say The client answers. The off-hook indicator is lit.
 connect 42
+expect report 02:01:00
 expect indicator off-hook on
 
 say The user presses the mute key. The plug-in asks the client, and the client mutes the call.
@@ -49,12 +56,11 @@ say In the middle of the call the headset is pulled out. The call goes on.
 unplug jabra
 expect removed jabra
 expect call 42 connected
-
 # The plug-in tells of the removal first and lets go of the headset then.
 expect log "remove_device: now connected"
+forget
 
 say It comes back, dark at first.
-forget
 replug jabra
 expect report 02:00:00
 expect report 02:00:00
@@ -63,6 +69,8 @@ expect indicator off-hook off
 say The client chooses it again, and it shows the call that is still up.
 device jabra
 expect ready jabra
+expect report 02:01:00
+expect report 02:01:00
 expect indicator off-hook on
 press mute
 expect action MuteCall 42

@@ -1,9 +1,15 @@
 # Which keys ask for something: the mute key, for a connected call. The hook switch and the flash key do not.
 
 plug jabra-link-380c as jabra
-expect log "read_thread: Enter"
+# Opened: dark.
+expect report 02:00:00
+expect report 02:00:00
 device jabra
 expect ready jabra
+# Ready: shows that there is no call.
+expect report 02:00:00
+expect report 02:00:00
+expect report 02:00:00
 incoming 1
 press mute
 expect no action

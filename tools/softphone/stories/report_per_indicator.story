@@ -2,9 +2,15 @@
 # they are written one after the other.
 
 plug poly-blackwire-3220 as poly
-expect log "read_thread: Enter"
+# Opened: a report of the vendor's own.
+expect report 16:02:00
 device poly
 expect ready poly
+# Ready: unmuted, on-hook, unmuted.
+expect report 09:00
+expect report 17:00
+expect report 09:00
+
 incoming 7
 expect indicator off-hook off
 connect 7
