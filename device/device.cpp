@@ -282,6 +282,8 @@ void device::read_thread() try {
     plugin_log("3rdPartyHeadsetPlugin: %s: Exit device_thread_ \n", function);
     if (!running_) {
         plugin_log("3rdPartyHeadsetPlugin: %s: read failed, shuting down \n", function);
+        // A pass that came late may have opened the headset anew meanwhile: its read ends as well.
+        hid_end_reading(led_handle_.get().get());
         take_led_handle(nullptr);
         return;
     }

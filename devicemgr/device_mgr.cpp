@@ -226,6 +226,10 @@ void device_mgr::remove_device(std::shared_ptr<device> removed) {
         return;
     }
     RecursiveMutexLock lock(device_mgr_mutex_);
+    // While the host heard of it, it may have been removed and listed anew: that listing stays.
+    if (const auto listed = find_device(removed->serial()); listed && listed != removed) {
+        return;
+    }
     if (removed->is_selected()) {
         plugin_log("3rdPartyHeadsetPlugin: %s: device to be removed is active\n", function);
         devices_.erase(removed->serial());

@@ -177,16 +177,16 @@ TEST_F(Faults, a_headset_whose_reading_fails_is_gone_for_the_host_until_the_next
 }
 
 TEST_F(Faults, a_headset_that_a_late_look_opens_anew_while_the_plugin_stops_is_let_go) {
-    const int headset = plug_active();
-    const int outputs_before = orvex_virtual_output_count(headset);
+    plug_active();
+    const std::string reads = line("headset_plugin::device::read_thread", "Enter while(true) loop ");
+    ASSERT_TRUE(logger_->wait_for(reads));
     std::promise<void> opened_anew;
     logger_->on_line([&, opened = opened_anew.get_future().share()](const std::string& logged) {
         if (logged == line("plugin_control::device_mgr::stop_tracking_thread", "done ")) {
-            constexpr int rest_and_opening = 4;
             EXPECT_GT(orvex_virtual_plug("logitech-g535", nullptr), 0);
-            EXPECT_EQ(orvex_virtual_wait_outputs(headset, outputs_before + rest_and_opening, patience_ms), 1);
+            EXPECT_TRUE(logger_->wait_for_count(reads, 2));
             opened_anew.set_value();
-            EXPECT_TRUE(eventually([] { return count_threads("orvex-read") == 1; }));
+            EXPECT_TRUE(eventually([] { return count_threads("orvex-read") <= 1; }));
         } else if (logged.find("read_thread: read error") != std::string::npos) {
             opened.wait();  // the thread that read before is slow to end
         }
