@@ -1,9 +1,7 @@
 #include "plugin/base/plugin_log.h"
 
 #include <atomic>
-#include <cstdlib>
 #include <gtest/gtest.h>
-#include <new>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -12,40 +10,10 @@
 
 namespace {
 
-thread_local int t_allocations = 0;
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-    ++t_allocations;
-    if (void* const memory = std::malloc(size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-
-void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t /*size*/) noexcept {
-    std::free(memory);
-}
-
-namespace {
-
 using test_support::install_layer_logger;
 using Lines = std::vector<std::string>;
 
 std::atomic<int> g_lines_that_did_not_fit = 0;
-
-/// The number of allocations that an action makes on this thread.
-template <typename Action>
-int allocations(const Action& action) {
-    const int before = t_allocations;
-    action();
-    return t_allocations - before;
-}
 
 class PluginLog : public testing::Test {
   protected:
@@ -130,19 +98,6 @@ TEST_F(PluginLog, formats_nothing_without_a_logger) {
     logger_.reset();
     plugin_log("%s", std::string(2000, 'x').c_str());
     EXPECT_EQ(g_lines_that_did_not_fit, 0);
-}
-
-TEST_F(PluginLog, allocates_nothing_without_a_logger) {
-    logger_.reset();
-    const std::string text(500, 'x');
-    EXPECT_EQ(allocations([&] { plugin_log("%s: %s\n", "function", text.c_str()); }), 0);
-}
-
-TEST_F(PluginLog, allocates_one_string_for_a_delivered_line) {
-    const std::string line = std::string(500, 'x') + "\n";
-    const int by_the_logger = allocations([&] { logger_->log(line, 2); });
-    const auto fresh_logger = install_layer_logger();
-    EXPECT_EQ(allocations([&] { plugin_log("%s", line.c_str()); }), by_the_logger + 1);
 }
 
 TEST_F(PluginLog, lets_what_the_logger_throws_reach_the_caller) {

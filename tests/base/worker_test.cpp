@@ -184,11 +184,15 @@ TEST(Worker, may_be_destroyed_by_a_task_of_its_own_and_discards_the_others) {
 }
 
 /// Posts to a worker when it goes.
-struct PostsAtTheEnd {
-    Worker* worker;
+class PostsAtTheEnd {
+  public:
+    explicit PostsAtTheEnd(Worker* worker) : worker_(worker) {}
     ~PostsAtTheEnd() {
-        worker->post(task([] {}));
+        worker_->post(task([] {}));
     }
+
+  private:
+    Worker* const worker_;
 };
 
 TEST(Worker, lets_what_a_discarded_task_owned_post_once_more) {

@@ -1,14 +1,16 @@
 // What the worst descriptors cost, and that work on reports allocates nothing.
+#include "tests/support/allocations.h"
+
 #include <gtest/gtest.h>
 #include <ostream>
 
 #include "platform/hidp/limits.h"
-#include "tests/hidp/allocation_meter.h"
 #include "tests/hidp/headset.h"
 
 using namespace platform;
 using namespace hidp_test;
 using hidp::Tag;
+using test_support::AllocationMeter;
 using enum hidp::Tag;
 
 namespace {
