@@ -20,6 +20,11 @@ enum class CallAction : std::uint32_t {
     join_call = 11,
 };
 
+// What a key that is no call action can be.
+inline constexpr std::uint32_t no_secondary_event = 0;
+inline constexpr std::uint32_t configuration_key = 1;
+inline constexpr std::uint32_t function_key = 2;
+
 /// The action's word in the log; "Ignore" for a value that is none.
 const char* to_string(CallAction action);
 

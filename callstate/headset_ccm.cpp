@@ -264,11 +264,11 @@ CallAction headset_ccm::mapKeyToCallAction(std::string& cid_out, std::int16_t va
 std::uint32_t headset_ccm::mapKeyToSecondaryEvent(std::string& /*cid_out*/, std::int16_t value) {
     switch (value) {
         case HEADSET_KEY_16:
-            return 2;
+            return function_key;
         case HEADSET_KEY_32:
-            return 1;
+            return configuration_key;
         default:
-            return 0;
+            return no_secondary_event;
     }
 }
 

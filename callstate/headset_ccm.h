@@ -17,9 +17,9 @@ namespace headset_plugin {
 
 using plugin_control::ICallInfo;
 
-/// The call list and the decisions made from it. Every operation takes the mutex; the channels that the
-/// arbitrations are given are called after it is released. Thread: host threads, and the read threads for
-/// keys.
+/// The call list and the decisions made from it. Every operation on the list takes the mutex; the channels
+/// that the arbitrations are given are called after it is released. Thread: host threads, and the read
+/// threads for keys.
 class headset_ccm {
   public:
     /// Where an arbitration sends its headset state, or 1 and 0 for muted and not.

@@ -5,6 +5,7 @@
 
 #include "device/device_events.h"
 #include "device/vendor_names.h"
+#include "hid/usage_input.h"
 #include "platform/platform.h"
 #include "platform/text.h"
 #include "platform/thread.h"
@@ -27,12 +28,9 @@ constexpr const char* unknown_vendor = "Unknown";
 /// The only kind of report that carries a key.
 constexpr std::uint32_t key_report = 8;
 
-// What a driver may ask for before a headset state is shown.
-constexpr std::uint32_t follow_up_toggle = 0x1;
-constexpr std::uint32_t follow_up_unmute = 0x4;
-
 /// The order in which follow-up bits are served; each writes a report of its own.
-constexpr std::array<std::uint32_t, 7> follow_up_order = {0x1, 0x2, 0x4, 0x8, 0x20, 0x10, 0x40};
+constexpr std::array<std::uint32_t, 7> follow_up_order = {
+    follow_up_toggle, 0x2, follow_up_unmute, 0x8, 0x20, 0x10, follow_up_show_in_use};
 
 constexpr int no_hook_key = -1;
 
@@ -115,12 +113,18 @@ void device::set_device_handles(HidHandle led, HidHandle upd) {
     if (!upd_handle_.get()) {
         upd_handle_.set(std::move(upd));
     }
-    if (is_open() && upd_handle_.get() && !opened_) {
-        plugin_log("3rdPartyHeadsetPlugin: %s: open hid device 0x%x. \n", function, product_id_);
-        opened_ = hid_device_open() != 0;
-    } else if (!is_orvex_device()) {
-        plugin_log("3rdPartyHeadsetPlugin: %s: open hid device (non-OrveX) 0x%x. \n", function, product_id_);
-        opened_ = hid_device_open() != 0;
+    try {
+        if (is_open() && upd_handle_.get() && !opened_) {
+            plugin_log("3rdPartyHeadsetPlugin: %s: open hid device 0x%x. \n", function, product_id_);
+            opened_ = hid_device_open() != 0;
+        } else if (!is_orvex_device()) {
+            plugin_log("3rdPartyHeadsetPlugin: %s: open hid device (non-OrveX) 0x%x. \n", function,
+                       product_id_);
+            opened_ = hid_device_open() != 0;
+        }
+    } catch (...) {
+        end_reading();  // or it would count as open without anybody who reads it
+        throw;
     }
 }
 
@@ -164,15 +168,7 @@ std::int32_t device::hid_device_tryopen(std::uint16_t vendor_id, std::uint16_t p
                                 serial == nullptr ? std::nullopt : std::optional<std::wstring_view>(serial)));
         }
         if (is_open()) {
-            plugin_log("3rdPartyHeadsetPlugin: %s: new a thread to read headset device \n", function);
-            let_go_of_thread();
-            device_thread_ = platform::start_thread(
-                "orvex-read", [self = shared_from_this()] { self->tryopen_read_thread(); });
-            get_device_info();
-            plugin_log("3rdPartyHeadsetPlugin: %s: sync current call state to headset device. \n", function);
-            if (!is_orvex_device()) {
-                start_headset();
-            }
+            start_tried_headset();
             result = 1;
         } else {
             plugin_log("3rdPartyHeadsetPlugin: %s: fail to open orvex headset \n", function);
@@ -180,6 +176,27 @@ std::int32_t device::hid_device_tryopen(std::uint16_t vendor_id, std::uint16_t p
     }
     plugin_log("3rdPartyHeadsetPlugin: %s: [Exit], result: %d \n", function, result);
     return result;
+}
+
+void device::start_tried_headset() try {
+    static constexpr const char* function = "headset_plugin::device::hid_device_tryopen";
+    plugin_log("3rdPartyHeadsetPlugin: %s: new a thread to read headset device \n", function);
+    let_go_of_thread();
+    device_thread_ =
+        platform::start_thread("orvex-read", [self = shared_from_this()] { self->tryopen_read_thread(); });
+    get_device_info();
+    plugin_log("3rdPartyHeadsetPlugin: %s: sync current call state to headset device. \n", function);
+    if (!is_orvex_device()) {
+        start_headset();
+    }
+} catch (...) {
+    end_reading();
+    throw;
+}
+
+void device::end_reading() {
+    hid_end_reading(led_handle_.get().get());
+    take_led_handle(nullptr);
 }
 
 void device::stop_device_thread() {
@@ -192,8 +209,7 @@ void device::stop_device_thread() {
         if (const HidHandle handle = led_handle_.get()) {
             plugin_log("3rdPartyHeadsetPlugin: %s: cancel device handler IO [%d] \n", function,
                        hid_handle_number(handle.get()));
-            hid_end_reading(handle.get());
-            take_led_handle(nullptr);
+            end_reading();
             plugin_log("3rdPartyHeadsetPlugin: %s: restore some parameters to default value. \n", function);
         }
     }
@@ -209,7 +225,7 @@ void device::hid_device_close() {
         if (const HidHandle handle = led_handle_.get()) {
             plugin_log("3rdPartyHeadsetPlugin: %s: release device handler [%d] \n", function,
                        hid_handle_number(handle.get()));
-            take_led_handle(nullptr);
+            end_reading();
             closed = true;
             plugin_log("3rdPartyHeadsetPlugin: %s: restore some parameters to default value. \n", function);
         }
@@ -255,7 +271,9 @@ device::ReadResult device::read_report() {
         return {.closed = true};
     }
     ReadResult result;
-    result.length = hid_read_report(handle.get(), result.buffer, platform::no_timeout);
+    const auto buffer =
+        std::span(result.buffer).first(numbers_reports(*handle) ? report_size : report_size + 1);
+    result.length = hid_read_report(handle.get(), buffer, platform::no_timeout);
     return result;
 }
 
@@ -282,17 +300,14 @@ void device::read_thread() try {
     plugin_log("3rdPartyHeadsetPlugin: %s: Exit device_thread_ \n", function);
     if (!running_) {
         plugin_log("3rdPartyHeadsetPlugin: %s: read failed, shuting down \n", function);
-        // A pass that came late may have opened the headset anew meanwhile: its read ends as well.
-        hid_end_reading(led_handle_.get().get());
-        take_led_handle(nullptr);
+        end_reading();  // a pass that came late may have opened the headset anew meanwhile
         return;
     }
     plugin_log("3rdPartyHeadsetPlugin: %s: read failed, headset should be unplugged, close device \n",
                function);
     hid_device_close();
 } catch (...) {
-    // Only a logger that throws leads here; there is nobody left to tell.
-    take_led_handle(nullptr);
+    end_reading();  // only a logger that throws leads here; there is nobody left to tell
 }
 
 void device::tryopen_read_thread() try {
@@ -306,15 +321,18 @@ void device::tryopen_read_thread() try {
             plugin_log("3rdPartyHeadsetPlugin: %s: Error[read error and break out] \n", function);
             break;
         }
-        handle_readback(read.report());
+        try {
+            handle_readback(read.report());
+        } catch (...) {
+            break;  // a listener or a logger threw: as a read error
+        }
     }
     if (running_) {
         hid_device_close();
     }
     plugin_log("3rdPartyHeadsetPlugin: %s: this device is closing down. \n", function);
 } catch (...) {
-    // A listener or a logger threw: the headset is let go, as after any read error, but cannot be reported.
-    take_led_handle(nullptr);
+    end_reading();  // only a logger that throws leads here; there is nobody left to tell
 }
 
 // ---- output
@@ -343,8 +361,9 @@ void device::write_report(std::span<const std::uint8_t> buffer, std::int32_t len
 }
 
 void device::headset_set_state(std::uint32_t state) {
-    headset_state_ = static_cast<std::uint8_t>(state);
-    if (headset_state_ == HEADSET_STATE_IDLE) {
+    const auto stored = static_cast<std::uint8_t>(state);
+    headset_state_ = stored;
+    if (stored == HEADSET_STATE_IDLE) {
         LAST_HOOK_KEY = no_hook_key;
     }
     plugin_log("3rdPartyHeadsetPlugin: %s: 3rd call state =%d \n",
@@ -456,6 +475,11 @@ void device::process_read(std::span<const std::uint8_t> report) {
     plugin_log("3rdPartyHeadsetPlugin: %s: exit\n", function);
 }
 
+void device::restore_hook_key(std::int32_t dropped, std::int32_t former) {
+    // The end of the call may have reset it meanwhile; that stays.
+    LAST_HOOK_KEY.compare_exchange_strong(dropped, former);
+}
+
 void device::handle_key_report(std::uint32_t report_type, std::uint32_t key) {
     static constexpr const char* function = "headset_plugin::device::handle_key_report";
     plugin_log("3rdPartyHeadsetPlugin: %s: enter, keycode = %d\n", function, static_cast<int>(key));
@@ -478,12 +502,12 @@ void device::handle_key_report(std::uint32_t report_type, std::uint32_t key) {
     const bool in_use = (headset_state_ & HEADSET_STATE_INUSE) != 0;
     if (in_use && code == HEADSET_KEY_HOOK) {
         plugin_log("3rdPartyHeadsetPlugin: %s: Drop invalid HOOK. \n", function);
-        LAST_HOOK_KEY = old;
+        restore_hook_key(code, old);
         return;
     }
     if (!in_use && code == HEADSET_KEY_END_CALL) {
         plugin_log("3rdPartyHeadsetPlugin: %s: Drop invalid END_CALL. \n", function);
-        LAST_HOOK_KEY = old;
+        restore_hook_key(code, old);
         return;
     }
     callback(static_cast<std::uint16_t>(key), reported_serial_.get());

@@ -124,11 +124,15 @@ class device : public std::enable_shared_from_this<device> {
     std::uint8_t headset_state() const { return headset_state_; }
 
   private:
+    /// The most of an input report that is looked at: what full-speed USB moves at once (USB 2.0, 5.7.3).
+    /// Reports without ids have as many bytes beside the id 0 that they are given.
+    static constexpr std::size_t report_size = 64;
+
     /// One read of the headset.
     struct ReadResult {
         bool closed = false;  ///< there was no handle to read from
         int length = 0;       ///< as hid_read_report gives it
-        std::array<std::uint8_t, 64> buffer{};
+        std::array<std::uint8_t, report_size + 1> buffer{};
 
         std::span<const std::uint8_t> report() const {
             return std::span(buffer).first(static_cast<std::size_t>(length));
@@ -137,9 +141,13 @@ class device : public std::enable_shared_from_this<device> {
 
     void take_led_handle(HidHandle handle);
     void let_go_of_thread();
+    void start_tried_headset();
+    /// Has a read that waits return, and lets go of the handle.
+    void end_reading();
+    void restore_hook_key(std::int32_t dropped, std::int32_t former);
     /// The thread of hid_device_open: a report of less than two bytes, or an exception, is the end.
     void read_thread();
-    /// The thread of hid_device_tryopen: only a read error is the end.
+    /// The thread of hid_device_tryopen: only a read error, or an exception, is the end.
     void tryopen_read_thread();
     ReadResult read_report();
     void report_ready();

@@ -16,15 +16,23 @@ constexpr std::size_t longest_text = 63;
 
 constexpr const char* unknown_text = "unknown";
 
-platform::Guarded<DeviceAvailabilityHook>& device_availability_hook() {
-    static auto* const hook = new platform::Guarded<DeviceAvailabilityHook>;  // outlives every thread
+/// Shared, so that the host's own function is called and never a copy of what it keeps.
+using SharedHook = platform::Guarded<std::shared_ptr<const DeviceAvailabilityHook>>;
+
+SharedHook& device_availability_hook() {
+    static auto* const hook = new SharedHook;  // outlives every thread
     return *hook;
+}
+
+bool allowed_by_host(std::int32_t vendor_id, std::int32_t product_id) {
+    const auto hook = device_availability_hook().get();
+    return !hook || (*hook)(vendor_id, product_id);
 }
 
 }  // namespace
 
 void set_device_availability_hook(const DeviceAvailabilityHook& hook) {
-    device_availability_hook().set(hook);
+    device_availability_hook().set(hook ? std::make_shared<const DeviceAvailabilityHook>(hook) : nullptr);
 }
 
 bool is_third_party_product_supported(std::int32_t /*vendor_id*/, std::int32_t /*product_id*/) {
@@ -66,8 +74,7 @@ std::optional<AdmittedInterface> admit(const hid_device_info& entry, ProductSupp
     if (entry.product_string != nullptr) {
         admitted.product_name = platform::to_utf8(entry.product_string, longest_text);
     }
-    if (const DeviceAvailabilityHook hook = device_availability_hook().get();
-        hook && !hook(vendor_id, product_id)) {
+    if (!allowed_by_host(vendor_id, product_id)) {
         plugin_log("3rdPartyHeadsetPlugin: %s: disallowed vendor_id:[0x%04x], product_id:[0x%04x]\n",
                    function, vendor_hex, product_hex);
         return std::nullopt;

@@ -1,5 +1,6 @@
 #include "devicemgr/device_mgr.h"
 
+#include <system_error>
 #include <utility>
 
 #include "device/vendor_names.h"
@@ -12,6 +13,7 @@
 
 namespace plugin_control {
 
+using platform::MutexLock;
 using platform::RecursiveMutexLock;
 
 namespace {
@@ -50,8 +52,12 @@ device_mgr::device_mgr() : match_wait_(platform::current().clock().make_sleeper(
 device_mgr::~device_mgr() {
     // A pass that was under way while the manager was stopped may have opened a headset since.
     for (const auto& [serial, listed] : devices_) {
-        if (listed && listed->is_open()) {
-            listed->stop_device_thread();
+        try {
+            if (listed->is_open()) {
+                listed->stop_device_thread();
+            }
+        } catch (...) {
+            continue;  // only a logger that throws leads here; the headset is let go with its device
         }
     }
     // The retry thread holds the manager, so that this is its last act, or it has ended: nothing to wait for.
@@ -219,7 +225,7 @@ void device_mgr::add_device(const std::shared_ptr<device>& added) {
         added->device_name().c_str());
 }
 
-void device_mgr::remove_device(std::shared_ptr<device> removed) {
+void device_mgr::remove_device(const std::shared_ptr<device>& removed) {
     static constexpr const char* function = "plugin_control::device_mgr::remove_device";
     plugin_log("3rdPartyHeadsetPlugin: %s: enter\n", function);
     if (!removed) {
@@ -233,13 +239,15 @@ void device_mgr::remove_device(std::shared_ptr<device> removed) {
     if (removed->is_selected()) {
         plugin_log("3rdPartyHeadsetPlugin: %s: device to be removed is active\n", function);
         devices_.erase(removed->serial());
-        active_device_.set(nullptr);
+        // Its flag stays set when it is removed, and the host may have chosen another headset since.
+        if (active_device_.get() == removed) {
+            active_device_.set(nullptr);
+        }
     } else if (!removed->is_orvex_device()) {
         plugin_log("3rdPartyHeadsetPlugin: %s: remove inactive device, sn %s\n", function,
                    removed->serial().c_str());
         devices_.erase(removed->serial());
     }
-    removed.reset();
     --connected_count_;
     plugin_log("3rdPartyHeadsetPlugin: %s: now connected orvex headset count: %d. \n", function,
                static_cast<int>(connected_count_));
@@ -254,7 +262,7 @@ void device_mgr::remove_device_with_serial(const std::string& serial) {
 void device_mgr::remove_closed_device(const std::string& serial) {
     static constexpr const char* function =
         "plugin_control::device_mgr::remove_device_with_serial::<lambda_1>::operator ()";
-    // Looked up twice: a headset that is listed between the two is removed as well.
+    // Looked up twice: a headset that a pass lists between the two is removed as well.
     std::shared_ptr<device> removed = find_device(serial);
     if (removed) {
         plugin_log("3rdPartyHeadsetPlugin: %s: remove orvex device\n", function);
@@ -335,9 +343,7 @@ bool device_mgr::setAudioDevice(const char* device_id, const char* device_name, 
             if (found) {
                 first_match_ = true;
             } else {
-                first_tracking_thread_ = platform::start_thread(
-                    "orvex-retry",
-                    [self = shared_from_this(), wanted] { self->setFirstAudioDevice(wanted); });
+                start_retry_thread(wanted);
             }
         }
         if (!found) {
@@ -350,6 +356,14 @@ bool device_mgr::setAudioDevice(const char* device_id, const char* device_name, 
     return found != nullptr;
 }
 
+void device_mgr::start_retry_thread(const AudioDeviceKey& wanted) try {
+    first_tracking_thread_ = platform::start_thread(
+        "orvex-retry", [self = shared_from_this(), wanted] { self->setFirstAudioDevice(wanted); });
+    active_device_cache_ = wanted;
+} catch (const std::system_error&) {
+    return;  // No thread can be had: the host's next request is the first one again.
+}
+
 bool device_mgr::answered_by_retry_thread(const AudioDeviceKey& wanted) {
     static constexpr const char* function = "plugin_control::device_mgr::setAudioDevice";
     const char* const id = wanted.device_id.c_str();
@@ -358,7 +372,6 @@ bool device_mgr::answered_by_retry_thread(const AudioDeviceKey& wanted) {
     if (active_device_cache_ == AudioDeviceKey{}) {
         plugin_log("3rdPartyHeadsetPlugin: %s: cache: device_id:[%s], device_name:[%s], serial:[%s].\n",
                    function, id, name, serial);
-        active_device_cache_ = wanted;
         return false;
     }
     if (active_device_cache_ == wanted) {
@@ -450,12 +463,14 @@ void device_mgr::deselect_device() {
         return;
     }
     plugin_log("3rdPartyHeadsetPlugin: %s: enter\n", "plugin_control::device_mgr::deselect_device");
-    set_active_headset_state(headset_plugin::HEADSET_STATE_IDLE);
+    MutexLock lock(active_output_mutex_);
+    deselected->headset_set_state(headset_plugin::HEADSET_STATE_IDLE);
     deselected->set_selected(false);
     active_device_.set(nullptr);
 }
 
 void device_mgr::set_active_headset_state(std::uint32_t state) {
+    MutexLock lock(active_output_mutex_);
     if (const auto active = active_device_.get()) {
         active->headset_set_state(state);
     }
@@ -464,6 +479,7 @@ void device_mgr::set_active_headset_state(std::uint32_t state) {
 void device_mgr::set_headset_mute_state(bool mute) {
     static constexpr const char* function = "plugin_control::device_mgr::set_headset_mute_state";
     plugin_log("3rdPartyHeadsetPlugin: %s: enter mute=%s\n", function, true_or_false(mute));
+    MutexLock lock(active_output_mutex_);
     if (const auto active = active_device_.get()) {
         active->set_mute_state(mute);
     } else {

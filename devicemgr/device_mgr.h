@@ -62,7 +62,7 @@ class device_mgr : public std::enable_shared_from_this<device_mgr> {
     void enumerate_hid_device();
     /// Lists a headset. The caller holds the mutex.
     void add_device(const std::shared_ptr<device>& added);
-    void remove_device(std::shared_ptr<device> removed);
+    void remove_device(const std::shared_ptr<device>& removed);
     /// Has the worker take a headset off the list and tell the host.
     void remove_device_with_serial(const std::string& serial);
     /// Tells the host that a headset is gone.
@@ -99,6 +99,7 @@ class device_mgr : public std::enable_shared_from_this<device_mgr> {
     void open_device(const hid_device_info& entry, const std::shared_ptr<device>& listed);
     void remove_closed_device(const std::string& serial);
 
+    void start_retry_thread(const AudioDeviceKey& wanted);
     bool answered_by_retry_thread(const AudioDeviceKey& wanted);
     std::shared_ptr<device> search_and_select(const AudioDeviceKey& wanted);
     void select(const std::shared_ptr<device>& matched, const AudioDeviceKey& wanted);
@@ -111,6 +112,7 @@ class device_mgr : public std::enable_shared_from_this<device_mgr> {
     platform::Guarded<std::shared_ptr<device>> active_device_;
     std::atomic<bool> enumeration_enabled_{false};
     platform::RecursiveMutex device_mgr_mutex_;
+    platform::Mutex active_output_mutex_;  // so that nothing is shown on a headset after it was deselected
     headset_plugin::Worker worker_;
     const std::unique_ptr<platform::Sleeper> match_wait_;
     std::atomic<bool> first_match_{false};

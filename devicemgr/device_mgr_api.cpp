@@ -82,9 +82,9 @@ std::string get_headset_model(const std::string& device_id) {
     return manager ? manager->get_headset_model(device_id) : std::string();
 }
 
-void update_headset_state(int headset_state) {
+void update_headset_state(std::uint32_t headset_state) {
     if (const auto manager = enter("update_headset_state")) {
-        manager->set_active_headset_state(static_cast<std::uint32_t>(headset_state));
+        manager->set_active_headset_state(headset_state);
     }
 }
 

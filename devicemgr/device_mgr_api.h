@@ -26,7 +26,7 @@ const char* get_active_device_id();
 std::string get_headset_model(const std::string& device_id);
 
 /// Shows a headset state, a bit set of HEADSET_STATE_..., on the active headset.
-void update_headset_state(int headset_state);
+void update_headset_state(std::uint32_t headset_state);
 
 /// Shows muted, for 1 and more, or not muted on the active headset.
 void hid_headset_set_mute(int muted);

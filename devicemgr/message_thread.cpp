@@ -42,6 +42,14 @@ class WindowStarts {
             settled_.wait(mutex_);
         }
     }
+    /// Keeps threads from starting while `action` runs; does nothing when one is on its way to its window.
+    template <typename Action>
+    void run_unless_pending(const Action& action) {
+        MutexLock lock(mutex_);
+        if (pending_ == 0) {
+            action();
+        }
+    }
 
   private:
     platform::Mutex mutex_;
@@ -168,12 +176,14 @@ void end_message_thread() {
     if (!t_window_pending) {
         window_starts().wait();
     }
-    if (const auto window = g_message_window.load()) {
+    if (auto window = g_message_window.load()) {
         windows.SendMessageW(window, platform::WM_DESTROY, 0, 0);
         windows.SendMessageW(window, platform::WM_CLOSE, 0, 0);
-        g_message_window = nullptr;
+        // Another thread may have stopped the plug-in as well, and started it again since: that window stays.
+        g_message_window.compare_exchange_strong(window, nullptr);
     }
-    windows.UnregisterClassW(message_window_class, g_module_instance);
+    window_starts().run_unless_pending(
+        [&] { windows.UnregisterClassW(message_window_class, g_module_instance); });
 }
 
 void request_enumeration() {
@@ -210,7 +220,7 @@ std::uint32_t MessageThread(void* /*parameter*/) {
 }
 
 platform::LParam WndMessageHandler(platform::WindowHandle window, std::uint32_t message,
-                                   platform::WParam wparam, platform::LParam lparam) {
+                                   platform::WParam wparam, platform::LParam lparam) try {
     switch (message) {
         case platform::WM_CREATE:
             plugin_control::on_create(window);
@@ -225,4 +235,6 @@ platform::LParam WndMessageHandler(platform::WindowHandle window, std::uint32_t 
         default:
             return platform::current().windows().DefWindowProcW(window, message, wparam, lparam);
     }
+} catch (...) {
+    return 0;  // only a logger that throws leads here; the system's frames below must not be unwound
 }

@@ -11,6 +11,12 @@
 
 namespace headset_plugin {
 
+// The follow-up bits that have a meaning of their own; the device asks for the report of any other by its
+// number.
+inline constexpr std::uint32_t follow_up_toggle = 0x1;
+inline constexpr std::uint32_t follow_up_unmute = 0x4;
+inline constexpr std::uint32_t follow_up_show_in_use = 0x40;
+
 /// Translates headset states and mute requests into output reports, and input reports into key codes. A
 /// driver never writes to its headset; the device object does, with what the driver built.
 ///

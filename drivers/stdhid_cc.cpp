@@ -25,8 +25,6 @@ constexpr std::uint16_t led_usage_page = 0x08;
 constexpr std::uint16_t usage_mute = 0x09;
 constexpr std::uint16_t usage_off_hook = 0x17;
 
-constexpr std::uint32_t follow_up_unmute = 0x4;
-constexpr std::uint32_t follow_up_show_in_use = 0x40;
 constexpr std::int32_t nothing_to_write = -1;
 constexpr auto no_length = static_cast<std::uint32_t>(-1);
 
@@ -47,7 +45,8 @@ std::string built_byte_values(std::span<const std::uint8_t> output, std::uint32_
     return length == no_length ? std::string() : byte_values(output.first(length));
 }
 
-/// True when the headset's output reports fit into the buffer that they would be built in.
+/// True when the headset's output reports fit into the buffer that they would be built in: another headset
+/// may have taken the handle's place since the buffer was made.
 bool fits(const HidHandle& device, std::span<const std::uint8_t> output) {
     return output.size() >= hid_output_report_length(device.get());
 }
@@ -61,12 +60,9 @@ struct Indicators {
         usages.push_back(usage);
         values.push_back(lit ? 1 : 0);
     }
-    void clear_usages() {
-        usages.clear();
-        values.clear();
-    }
 };
 
+/// Ringing alone, and hold alone, name no off-hook usage: the indicator stays as it is.
 Indicators indicators_for(std::uint32_t state, bool muted) {
     Indicators indicators;
     if (state == HEADSET_STATE_IDLE) {
@@ -74,11 +70,9 @@ Indicators indicators_for(std::uint32_t state, bool muted) {
     }
     if ((state & HEADSET_STATE_ALERTING) != 0) {
         indicators.bits |= led_ringing;
-        indicators.clear_usages();
     }
     if ((state & HEADSET_STATE_HOLD) != 0) {
         indicators.bits |= led_hold;
-        indicators.clear_usages();
     }
     if ((state & HEADSET_STATE_INUSE) != 0) {
         indicators.bits |= led_off_hook;
@@ -145,9 +139,6 @@ std::int32_t stdhid_cc::process_read(std::span<const std::uint8_t> report) {
     plugin_log("3rdPartyHeadsetPlugin: STDHID: %s: read-len=%d, byte-values: %s\n",
                "headset_plugin::stdhid_cc::process_read", static_cast<int>(report.size()),
                byte_values(report).c_str());
-    if (report.empty()) {
-        return HEADSET_KEY_INVALID;
-    }
     return process_read_for_mute(hid_device().get(), report);
 }
 

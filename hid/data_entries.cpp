@@ -12,9 +12,10 @@ using platform::HIDP_VALUE_CAPS;
 
 namespace {
 
-/// The entries that one direction of a device may need: value usages, and places in usage lists. Real
-/// headsets need a few dozen; a hostile descriptor of a few hundred bytes could ask for gigabytes.
-constexpr std::size_t most_entries = 1 << 16;
+// What one direction of a device may need. Real headsets need a few dozen of each; a hostile descriptor of a
+// few hundred bytes could ask for gigabytes, and for as much work and as many log lines with every report.
+constexpr std::size_t most_value_usages = 1 << 10;
+constexpr std::size_t most_list_places = 1 << 14;
 
 /// One direction of a device, with what can go wrong there.
 struct Direction {
@@ -71,7 +72,7 @@ std::size_t count_value_usages(const Direction& direction, const std::vector<HID
         }
         count += static_cast<std::size_t>(cap.Range.UsageMax - cap.Range.UsageMin) + 1;
     }
-    if (count > most_entries) {
+    if (count > most_value_usages) {
         throw OpenError(L"Internal error");
     }
     return count;
@@ -113,7 +114,7 @@ void add_button_entries(std::vector<HidDataEntry>& entries, const Direction& dir
     for (const HIDP_BUTTON_CAPS& cap : caps) {
         const std::uint32_t length = usage_list_length(direction, cap.UsagePage, entries.size(), data);
         places += length;
-        if (places > most_entries) {
+        if (places > most_list_places) {
             throw OpenError(L"Internal error");
         }
         entries.push_back(button_entry(cap, length));

@@ -125,6 +125,14 @@ HidHandle make_handle(std::unique_ptr<platform::HidInterface> interface) {
     return device;
 }
 
+/// False, with the device's error set, for a buffer that has no room for as much as the id byte.
+bool has_room(hid_device* device, std::span<const std::uint8_t> report) {
+    if (device != nullptr && report.empty()) {
+        hid_set_error(device, L"Zero length buffer");
+    }
+    return device != nullptr && !report.empty();
+}
+
 }  // namespace
 
 void PreparsedDataRelease::operator()(platform::PHIDP_PREPARSED_DATA data) const {
@@ -216,7 +224,7 @@ HidHandle hid_open_handle(std::uint16_t vendor_id, std::uint16_t product_id,
 }
 
 int hid_read_report(hid_device* device, std::span<std::uint8_t> report, std::chrono::milliseconds timeout) {
-    if (device == nullptr) {
+    if (!has_room(device, report)) {
         return -1;
     }
     const IoResult result = device->interface->read(report, timeout);
@@ -231,11 +239,7 @@ std::chrono::milliseconds hid_read_mode_timeout(const hid_device* device) {
 }
 
 int hid_write_report(hid_device* device, std::span<const std::uint8_t> report) {
-    if (device == nullptr) {
-        return -1;
-    }
-    if (report.empty()) {
-        hid_set_error(device, L"Zero length buffer");
+    if (!has_room(device, report)) {
         return -1;
     }
     std::vector<std::uint8_t> padded;
@@ -249,15 +253,15 @@ int hid_write_report(hid_device* device, std::span<const std::uint8_t> report) {
 }
 
 int hid_send_feature(hid_device* device, std::span<const std::uint8_t> report) {
-    return device == nullptr ? -1
-                             : count_or_failure(device, device->interface->HidD_SetFeature(report),
-                                                L"HidD_SetFeature", L"HidD_SetFeature timeout");
+    return has_room(device, report) ? count_or_failure(device, device->interface->HidD_SetFeature(report),
+                                                       L"HidD_SetFeature", L"HidD_SetFeature timeout")
+                                    : -1;
 }
 
 int hid_get_feature(hid_device* device, std::span<std::uint8_t> report) {
-    return device == nullptr ? -1
-                             : count_or_failure(device, device->interface->HidD_GetFeature(report),
-                                                L"HidD_GetFeature", L"HidD_GetFeature timeout");
+    return has_room(device, report) ? count_or_failure(device, device->interface->HidD_GetFeature(report),
+                                                       L"HidD_GetFeature", L"HidD_GetFeature timeout")
+                                    : -1;
 }
 
 void hid_cancel(hid_device* device) {

@@ -26,17 +26,10 @@ constexpr bool is_mute_usage(std::uint32_t usage) {
     return usage == 0x2F || usage == 0xB5;
 }
 
-/// The report as the parser wants it: with an id byte, and as long as the collection's reports.
+/// The report as the parser wants it: as long as the collection's reports.
 std::vector<std::uint8_t> complete_report(const hid_device& device, std::span<const std::uint8_t> report) {
-    std::vector<std::uint8_t> complete;
-    complete.reserve(std::max<std::size_t>(report.size() + 1, device.input_report_length));
-    if (!numbers_reports(device) && report.size() + 1 == device.input_report_length) {
-        complete.push_back(0);
-    }
-    complete.insert(complete.end(), report.begin(), report.end());
-    if (complete.size() < device.input_report_length) {
-        complete.resize(device.input_report_length);
-    }
+    std::vector<std::uint8_t> complete(std::max<std::size_t>(report.size(), device.input_report_length));
+    std::copy(report.begin(), report.end(), complete.begin());
     return complete;
 }
 

@@ -8,23 +8,8 @@
 
 namespace plugin_control {
 
-using headset_plugin::headset_ccm;
 using headset_plugin::HEADSET_STATE_ALERTING;
 using headset_plugin::HEADSET_STATE_INUSE;
-
-namespace {
-
-const headset_ccm::Channel& state_channel() {
-    static const headset_ccm::Channel channel = update_headset_state;
-    return channel;
-}
-
-const headset_ccm::Channel& mute_channel() {
-    static const headset_ccm::Channel channel = hid_headset_set_mute;
-    return channel;
-}
-
-}  // namespace
 
 bool PluginManager::setAudioDevice(const std::string& device_id, const std::string& device_name,
                                    const std::string& serial) {
@@ -50,7 +35,7 @@ void PluginManager::mute(const std::string& /*unused*/, const std::string& cid) 
     }
     plugin_log("3rdPartyHeadsetPlugin: %s: cid=%s\n", "plugin_control::PluginManager::mute", cid.c_str());
     headset_ccm_->onMuteStateUpdate(true, cid);
-    headset_ccm_->arbitrateHeadsetMUTE(cid, mute_channel());
+    headset_ccm_->arbitrateHeadsetMUTE(cid, hid_headset_set_mute);
 }
 
 void PluginManager::unmute(const std::string& /*unused*/, const std::string& cid) {
@@ -61,7 +46,7 @@ void PluginManager::unmute(const std::string& /*unused*/, const std::string& cid
     plugin_log("3rdPartyHeadsetPlugin: %s: cid=%s\n", function, cid.c_str());
     headset_ccm_->onMuteStateUpdate(false, cid);
     plugin_log("3rdPartyHeadsetPlugin: %s: go UNMUTE arbitrator\n", function);
-    headset_ccm_->arbitrateHeadsetUNMUTE(cid, mute_channel());
+    headset_ccm_->arbitrateHeadsetUNMUTE(cid, hid_headset_set_mute);
 }
 
 void PluginManager::createCall(const std::string& /*unused*/, const std::string& cid, int direction) {
@@ -82,7 +67,7 @@ void PluginManager::incomingCall(const std::string& /*unused*/, const std::strin
     headset_ccm_->onCallStateUpdate(CALL_STATE_ALERTING, cid, ringing);
     updateHeadsetLedState();
     if (ringing) {
-        update_headset_state(static_cast<int>(HEADSET_STATE_ALERTING));
+        update_headset_state(HEADSET_STATE_ALERTING);
     } else {
         plugin_log("3rdPartyHeadsetPlugin: %s: ringing=false, don't send IDLE\n", function);
     }
@@ -107,7 +92,7 @@ void PluginManager::show_connected(const char* function, const std::string& cid)
     plugin_log("3rdPartyHeadsetPlugin: %s: cid=%s\n", function, cid.c_str());
     headset_ccm_->onCallStateUpdate(CALL_STATE_CONNECTED, cid, false);
     updateHeadsetLedState();
-    update_headset_state(static_cast<int>(HEADSET_STATE_INUSE));
+    update_headset_state(HEADSET_STATE_INUSE);
 }
 
 void PluginManager::holdCall(const std::string& /*unused*/, const std::string& cid) {
@@ -119,7 +104,7 @@ void PluginManager::holdCall(const std::string& /*unused*/, const std::string& c
     headset_ccm_->onCallStateUpdate(CALL_STATE_HOLD, cid, false);
     updateHeadsetLedState();
     plugin_log("3rdPartyHeadsetPlugin: %s: go HOLD arbitrator\n", function);
-    headset_ccm_->arbitrateHeadsetHOLD(cid, state_channel(), mute_channel());
+    headset_ccm_->arbitrateHeadsetHOLD(cid, update_headset_state, hid_headset_set_mute);
 }
 
 void PluginManager::endCall(const std::string& /*unused*/, const std::string& cid) {
@@ -131,7 +116,7 @@ void PluginManager::endCall(const std::string& /*unused*/, const std::string& ci
     headset_ccm_->onCallStateUpdate(CALL_STATE_IDLE, cid, false);
     updateHeadsetLedState();
     plugin_log("3rdPartyHeadsetPlugin: %s: go IDLE arbitrator\n", function);
-    headset_ccm_->arbitrateHeadsetIDLE(cid, state_channel(), mute_channel());
+    headset_ccm_->arbitrateHeadsetIDLE(cid, update_headset_state, hid_headset_set_mute);
 }
 
 void PluginManager::reservedCallControl13(const std::string& /*first*/, const std::string& /*second*/) {}
@@ -146,7 +131,7 @@ void PluginManager::callStateSync(const std::string& device_id, const std::vecto
                static_cast<int>(calls.size()), num_calls);
     headset_ccm_->populateCallState(device_id, calls, static_cast<std::uint32_t>(num_calls));
     if (call_sm_initialized_) {
-        headset_ccm_->arbitrateHeadsetINIT(state_channel(), mute_channel());
+        headset_ccm_->arbitrateHeadsetINIT(update_headset_state, hid_headset_set_mute);
     }
 }
 
@@ -170,7 +155,7 @@ void PluginManager::initHeadset() {
     plugin_log("3rdPartyHeadsetPlugin: %s: init headset after plugged in\n",
                "plugin_control::PluginManager::initHeadset");
     call_sm_initialized_ = true;
-    headset_ccm_->arbitrateHeadsetINIT(state_channel(), mute_channel());
+    headset_ccm_->arbitrateHeadsetINIT(update_headset_state, hid_headset_set_mute);
 }
 
 }  // namespace plugin_control

@@ -40,6 +40,9 @@ void plugin_control::on_headset_ready(const std::string& host_device_id, int ven
                                            serial);
         });
     }
+    if (plugin_manager() != manager) {
+        return;  // stopped meanwhile: the calls of this manager are not those of the plug-in's next start
+    }
     plugin_log("3rdPartyHeadsetPlugin: %s: initHeadset\n", function);
     manager->initHeadset();
 }

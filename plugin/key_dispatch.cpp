@@ -8,14 +8,6 @@ namespace plugin_control {
 
 using headset_plugin::CallAction;
 
-namespace {
-
-// What a key that is no call action can be.
-constexpr std::uint32_t configuration_key = 1;
-constexpr std::uint32_t function_key = 2;
-
-}  // namespace
-
 void onHeadsetKeyEvent(std::uint16_t keycode, const std::string& device_serial) {
     if (const auto manager = plugin_manager()) {
         manager->handleKeyEvent(static_cast<std::int16_t>(keycode), device_serial);
@@ -28,6 +20,8 @@ void PluginManager::handleKeyEvent(std::int16_t keycode, const std::string& /*de
     const char* const active_id = get_active_device_id();
     const std::string device_id = active_id == nullptr ? "" : active_id;
     std::string cid;
+    // The call list is made with the manager, which nobody sees before it is whole: no key comes this far
+    // without.
     if (!headset_ccm_) {
         plugin_log("3rdPartyHeadsetPlugin: %s: call SM is not initialized = %d\n", function, keycode);
         return;
@@ -42,31 +36,34 @@ void PluginManager::handleKeyEvent(std::int16_t keycode, const std::string& /*de
 }
 
 void PluginManager::dispatch(CallAction action, const std::string& device_id, const std::string& cid) {
-    const auto listener = getCallControlListener();
-    if (!listener) {
-        return;
+    if (const auto listener = getCallControlListener()) {
+        send_action(*listener, action, device_id, cid, [&] { return headset_ccm_->isCallMuted(cid); });
     }
+}
+
+void send_action(IPluginCallControlListener& listener, CallAction action, const std::string& device_id,
+                 const std::string& cid, const std::function<bool()>& is_muted) {
     switch (action) {
         case CallAction::answer:
-            listener->onAnswer(device_id, cid);
+            listener.onAnswer(device_id, cid);
             break;
         case CallAction::end_call:
-            listener->onEndCall(device_id, cid);
+            listener.onEndCall(device_id, cid);
             break;
         case CallAction::hold_call:
-            listener->onHoldCall(device_id, cid);
+            listener.onHoldCall(device_id, cid);
             break;
         case CallAction::resume_call:
-            listener->onResumeCall(device_id, cid);
+            listener.onResumeCall(device_id, cid);
             break;
         case CallAction::reject_call:
-            listener->onRejectCall(device_id, cid);
+            listener.onRejectCall(device_id, cid);
             break;
         case CallAction::mute_call:
-            listener->onMuteCall(device_id, cid, headset_ccm_->isCallMuted(cid));
+            listener.onMuteCall(device_id, cid, is_muted());
             break;
         case CallAction::unmute_call:
-            listener->onUnmuteCall(device_id, cid, headset_ccm_->isCallMuted(cid));
+            listener.onUnmuteCall(device_id, cid, is_muted());
             break;
         default:
             break;  // the host has no operation for the others
@@ -75,11 +72,11 @@ void PluginManager::dispatch(CallAction action, const std::string& device_id, co
 
 void PluginManager::dispatch_secondary(std::uint32_t event, const std::string& device_id,
                                        const std::string& cid) {
-    if (event == configuration_key) {
+    if (event == headset_plugin::configuration_key) {
         if (const auto listener = getConfigListener()) {
             listener->onConfigKey(false);
         }
-    } else if (event == function_key) {
+    } else if (event == headset_plugin::function_key) {
         if (const auto listener = getCallControlListener()) {
             listener->onFunctionKey(device_id, cid);
         }

@@ -53,7 +53,12 @@ PluginManager::PluginManager(const std::weak_ptr<IPluginLogger>& logger) : logge
 void PluginManager::stopPluginManager() {
     plugin_log("3rdPartyHeadsetPlugin: %s:\n", "plugin_control::PluginManager::stopPluginManager");
     g_plugin_stopped = true;
-    stop_device_mgr();
+    try {
+        stop_device_mgr();
+    } catch (...) {
+        g_plugin_manager().set(nullptr);  // or the next start would find a manager that has stopped
+        throw;
+    }
     g_plugin_manager().set(nullptr);
 }
 

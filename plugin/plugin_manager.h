@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -27,6 +28,11 @@ bool is_plugin_stopped();
 
 /// Takes a key from the headset layer to the manager; drops it when there is none. [read thread]
 void onHeadsetKeyEvent(std::uint16_t keycode, const std::string& device_serial);
+
+/// Asks the host for an action; nothing for those that it has no operation for. `is_muted` is asked for the
+/// two mute actions, when they are sent.
+void send_action(IPluginCallControlListener& listener, headset_plugin::CallAction action,
+                 const std::string& device_id, const std::string& cid, const std::function<bool()>& is_muted);
 
 class PluginManager final : public IPluginCallControlCallback, public IPluginConfigCallback {
   public:

@@ -34,6 +34,10 @@
 /// calling when they are gone. A callback that is running when its object is let go keeps that object alive
 /// until it returns.
 ///
+/// **Exceptions out of callbacks.** Out of a request such as onAnswer(): the headset is let go, as if it had
+/// been pulled out. Out of onActiveDeviceNotify(), onDeviceRemovedNotify() and the hook: logged and survived.
+/// Out of the logger: wherever the line was written, and out of the client's own call if it was there.
+///
 /// **Text.** Every text is UTF-8 and may have any length; an empty one is accepted everywhere. Log lines of
 /// more than 1,023 bytes are not delivered.
 ///
@@ -107,10 +111,11 @@ class IPluginCallControlListener {
     virtual void onResumeCall(const std::string& device_id, const std::string& cid) = 0;
     /// Reject the ringing call `cid`. [read thread]
     virtual void onRejectCall(const std::string& device_id, const std::string& cid) = 0;
-    /// Mute the call `cid`; `muted` is true. Confirm with IPluginCallControlCallback::mute(). [read thread]
+    /// Mute the call `cid`. Confirm with IPluginCallControlCallback::mute(). [read thread]
+    /// \param muted  the call's flag as it is now: true, unless the client has just said otherwise
     virtual void onMuteCall(const std::string& device_id, const std::string& cid, bool muted) = 0;
-    /// Unmute the call `cid`; `muted` is false. Confirm with IPluginCallControlCallback::unmute(). [read
-    /// thread]
+    /// Unmute the call `cid`. Confirm with IPluginCallControlCallback::unmute(). [read thread]
+    /// \param muted  the call's flag as it is now: false, unless the client has just said otherwise
     virtual void onUnmuteCall(const std::string& device_id, const std::string& cid, bool muted) = 0;
 
     /// The listener was registered; the text is empty. [host thread]
@@ -298,8 +303,10 @@ extern "C" {
 /// createPluginControl() for a client that looks functions up by name. `logger` points to the client's weak
 /// reference, which is copied. \return the call-control side, owned by the plug-in: valid until
 /// stopPluginControlFacade(), never to be deleted.
-///         Null when the logger is gone or was never set, or when memory or threads run out; nothing is
-///         started then.
+///         Null when the logger is gone or was never set, when memory or threads run out, or when the logger
+///         throws; nothing is started by that call then.
+/// No operation may be under way on another thread when the plug-in is stopped: nothing would keep the object
+/// that it works on.
 ORVEX_API plugin_control::IPluginCallControlCallback* createPluginControlFacade(
     std::weak_ptr<plugin_control::IPluginLogger>* logger);
 
@@ -307,7 +314,7 @@ ORVEX_API plugin_control::IPluginCallControlCallback* createPluginControlFacade(
 ORVEX_API plugin_control::IPluginConfigCallback* createPluginConfigFacade(
     std::weak_ptr<plugin_control::IPluginLogger>* logger);
 
-/// stopPluginControl() in the same manner.
+/// stopPluginControl() in the same manner; what the logger throws ends here.
 ORVEX_API void stopPluginControlFacade(void);
 
 }  // extern "C"

@@ -2,12 +2,16 @@
 // hidapi itself keeps its own and the plug-in keeps to its own.
 
 #include <algorithm>
-#include <array>
 #include <chrono>
-#include <cstring>
 #include <hidapi/hidapi.h>
 #include <map>
+#include <memory>
+#include <optional>
 #include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "hid/hid_access.h"
 #include "hid/hid_device.h"
@@ -98,7 +102,7 @@ int with_handle(hid_device* device, const Body& body) noexcept {
 
 /// Reads as hidapi does: reports of a device without report ids come without an id byte.
 int read_as_hidapi(hid_device* device, std::span<unsigned char> data, std::chrono::milliseconds timeout) {
-    if (headset_plugin::numbers_reports(*device)) {
+    if (data.empty() || headset_plugin::numbers_reports(*device)) {
         return headset_plugin::hid_read_report(device, data, timeout);
     }
     std::vector<unsigned char> with_id(data.size() + 1);
@@ -108,6 +112,16 @@ int read_as_hidapi(hid_device* device, std::span<unsigned char> data, std::chron
     }
     std::copy_n(with_id.begin() + 1, length - 1, data.begin());
     return length - 1;
+}
+
+/// Decodes what hid_read gave, or a report that has its id already.
+int process_read_as_hidapi(hid_device* device, std::span<const std::uint8_t> report) {
+    if (headset_plugin::numbers_reports(*device) || report.size() + 1 != device->input_report_length) {
+        return headset_plugin::process_read_for_mute(device, report);
+    }
+    std::vector<std::uint8_t> with_id{0};
+    with_id.insert(with_id.end(), report.begin(), report.end());
+    return headset_plugin::process_read_for_mute(device, with_id);
 }
 
 int copy_string(hid_device* device, platform::HidString which, wchar_t* string, std::size_t maxlen) {
@@ -143,7 +157,10 @@ plugin_control::IPluginConfigCallback* createPluginConfigFacade(
 }
 
 void stopPluginControlFacade(void) {
-    plugin_control::stopPluginControl();
+    guarded(0, [] {
+        plugin_control::stopPluginControl();
+        return 0;
+    });
 }
 
 int hid_init(void) {
@@ -281,7 +298,7 @@ int hid_process_read(hid_device* device, const std::uint8_t* report, std::int32_
     return with_handle(device, [&](hid_device* open) {
         return report == nullptr || length < 0
                    ? -1
-                   : headset_plugin::process_read_for_mute(open, {report, static_cast<std::size_t>(length)});
+                   : process_read_as_hidapi(open, {report, static_cast<std::size_t>(length)});
     });
 }
 

@@ -154,7 +154,7 @@ TEST_F(DeviceManagerLifetime, requests_keys_and_unplugs_may_meet_a_stop) {
     std::thread requests([] {
         for (int i = 0; i < 20; ++i) {
             set_audio_device("host-SN-1", "", "");
-            update_headset_state(i % 3);
+            update_headset_state(static_cast<std::uint32_t>(i % 3));
             hid_headset_set_mute(i % 2);
             get_active_device_id();
         }

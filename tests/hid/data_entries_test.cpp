@@ -254,19 +254,14 @@ TEST_F(DataEntries, are_refused_where_the_usage_lists_would_take_too_much_memory
     EXPECT_EQ(refusal(hostile), L"Internal error");
 }
 
-TEST_F(DataEntries, are_refused_where_more_values_are_claimed_than_a_page_has) {
-    script_parser().edit_value_caps = [](std::span<HIDP_VALUE_CAPS> caps) {
-        for (HIDP_VALUE_CAPS& cap : caps) {
-            cap.IsRange = 1;
-            cap.Range.UsageMin = 0;
-            cap.Range.UsageMax = 0xFFFF;
-        }
+TEST_F(DataEntries, are_refused_for_values_that_take_no_room_in_the_report) {
+    const auto values = [](std::uint32_t count) {
+        return telephony({usage_minimum(1), usage_maximum(count), report_count(count), report_size(0),
+                          logical_maximum(100), input(variable)});
     };
-    const Item value = usage(0x30);
-    EXPECT_NE(open(telephony({logical_maximum(100), report_size(8), value, input(variable)})), nullptr);
-    EXPECT_EQ(refusal(telephony({logical_maximum(100), report_size(8), value, input(variable), usage(0x31),
-                                 input(variable)})),
-              L"Internal error");
+    EXPECT_NE(open(values(1024)), nullptr);
+    EXPECT_EQ(refusal(values(1025)), L"Internal error");
+    EXPECT_EQ(refusal(values(0xFFFF)), L"Internal error");
 }
 
 }  // namespace

@@ -88,7 +88,7 @@ std::string to_hex(std::span<const std::uint8_t> bytes) {
     for (const auto byte : bytes) {
         char digits[4];
         std::snprintf(digits, sizeof digits, "%02X", byte);
-        text += (text.empty() ? "" : " ") + std::string(digits);
+        text.append(text.empty() ? "" : " ").append(digits);
     }
     return text;
 }
