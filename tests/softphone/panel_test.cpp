@@ -52,7 +52,7 @@ TEST(RenderPanel, shows_calls_headsets_keys_requests_and_log) {
     EXPECT_TRUE(has_line(lines, "42  connected  muted"));
     EXPECT_TRUE(has_line(lines, "* jabra  [off-hook]   mute "));
     EXPECT_TRUE(has_line(lines, "mute, hook")) << "the newest key comes first";
-    EXPECT_TRUE(has_line(lines, "MuteCall 42"));
+    EXPECT_TRUE(has_line(lines, "muteCall 42"));
     EXPECT_TRUE(has_line(lines, "line of the log"));
 }
 

@@ -52,7 +52,7 @@ TEST_F(PrinterTest, a_call_to_the_plug_in_is_shown_as_it_is_made) {
 TEST_F(PrinterTest, a_request_has_the_name_of_the_listener_s_operation) {
     const ActionRequested request{Action::mute_call, "usb-A1", "42", true};
     EXPECT_EQ(plain(request), Lines{"action     onMuteCall(\"usb-A1\", \"42\", true)"});
-    EXPECT_EQ(json(request)["action"], "MuteCall");
+    EXPECT_EQ(json(request)["action"], "muteCall");
     EXPECT_EQ(json(request)["cid"], "42");
 }
 

@@ -151,7 +151,7 @@ TEST(Program, every_line_of_json_is_an_object_that_the_manual_names) {
     manual << std::ifstream(SOFTPHONE_MANUAL).rdbuf();
     const auto result =
         run_commands(std::string(ready_jabra) +
-                         "incoming 1\nconnect 1\npress mute\nexpect action MuteCall 1\nheadsets\n"
+                         "incoming 1\nconnect 1\npress mute\nexpect action muteCall 1\nheadsets\n"
                          "models\ncalls\nhelp\nexpect ready within 0\nsay done\nunplug jabra\n"
                          "expect removed\nsync\nsing\n",
                      {"--json", "--log"});

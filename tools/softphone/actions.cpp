@@ -20,8 +20,8 @@ constexpr std::array actions{
     ActionRow{Action::hold_call, "HoldCall", CallStep::hold},
     ActionRow{Action::resume_call, "ResumeCall", CallStep::resume},
     ActionRow{Action::reject_call, "RejectCall", CallStep::end},
-    ActionRow{Action::mute_call, "MuteCall", CallStep::mute},
-    ActionRow{Action::unmute_call, "UnmuteCall", CallStep::unmute},
+    ActionRow{Action::mute_call, "muteCall", CallStep::mute},
+    ActionRow{Action::unmute_call, "unmuteCall", CallStep::unmute},
     ActionRow{Action::function_key, "FunctionKey", std::nullopt},
 };
 

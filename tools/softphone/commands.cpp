@@ -201,7 +201,7 @@ constexpr std::array table{
     Command{
         "auto", "on|off", "carries out what the headset asks for, or leaves it to you",
         "With `on`, as at the start, a request is answered at once: Answer by connect, EndCall and RejectCall by "
-        "end, HoldCall by hold of the connected call, ResumeCall by resume, MuteCall by mute, UnmuteCall by "
+        "end, HoldCall by hold of the connected call, ResumeCall by resume, muteCall by mute, unmuteCall by "
         "unmute.",
         automatic},
     Command{"stop", "", "stops the plug-in", "The calls go on, and the plug-in is not told of them.", stop},

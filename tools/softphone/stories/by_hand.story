@@ -17,14 +17,14 @@ expect call 1 ringback
 expect indicator off-hook on
 connect 1
 press mute
-expect action MuteCall 1
+expect action muteCall 1
 expect indicator mute off
 expect call 1 unmuted
 mute 1
 expect indicator mute on
 auto on
 press mute
-expect action UnmuteCall 1
+expect action unmuteCall 1
 expect indicator mute off
 dnd 1
 expect log setDoNotDisturb

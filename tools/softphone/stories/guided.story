@@ -27,13 +27,13 @@ expect indicator off-hook on
 
 say The user presses the mute key. The plug-in asks the client, and the client mutes the call.
 press mute
-expect action MuteCall 42
+expect action muteCall 42
 expect call 42 muted
 expect indicator mute on
 
 say The user presses it again.
 press mute
-expect action UnmuteCall 42
+expect action unmuteCall 42
 expect call 42 unmuted
 expect indicator mute off
 
@@ -73,7 +73,7 @@ expect report 02:01:00
 expect report 02:01:00
 expect indicator off-hook on
 press mute
-expect action MuteCall 42
+expect action muteCall 42
 expect indicator mute on
 
 say The call ends, and all is dark.

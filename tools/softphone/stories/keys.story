@@ -22,9 +22,9 @@ key hook down
 key hook up
 expect no action
 press mute
-expect action MuteCall 1
+expect action muteCall 1
 press 0B:2F
-expect action UnmuteCall 1
+expect action unmuteCall 1
 hold 1
 press mute
 expect no action

@@ -17,11 +17,11 @@ connect 7
 expect indicator off-hook on
 expect indicator mute off
 press mute
-expect action MuteCall 7
+expect action muteCall 7
 expect indicator mute on
 expect indicator off-hook on
 press mute
-expect action UnmuteCall 7
+expect action unmuteCall 7
 expect indicator mute off
 end 7
 expect indicator off-hook off

@@ -19,7 +19,7 @@ connect 1
 expect report 02:01:00
 
 press mute
-expect action MuteCall 1
+expect action muteCall 1
 # The key's release means nothing, so the headset is told once more that it is in use; in which order the two come
 # depends on how fast the client is.
 expect indicator mute on

@@ -24,7 +24,7 @@ expect report 03:02 epos
 expect report 03:02 epos
 expect indicator off-hook off jabra
 press epos mute
-expect action MuteCall 1
+expect action muteCall 1
 expect indicator mute on epos
 expect indicator mute off jabra
 
