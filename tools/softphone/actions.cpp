@@ -10,25 +10,30 @@ namespace {
 struct ActionRow {
     Action action;
     std::string_view name;
+    std::string_view operation;
     std::optional<CallStep> answer;
 };
 
 // One row per action, in the order of the enumeration.
 constexpr std::array actions{
-    ActionRow{Action::answer, "Answer", CallStep::connect},
-    ActionRow{Action::end_call, "EndCall", CallStep::end},
-    ActionRow{Action::hold_call, "HoldCall", CallStep::hold},
-    ActionRow{Action::resume_call, "ResumeCall", CallStep::resume},
-    ActionRow{Action::reject_call, "RejectCall", CallStep::end},
-    ActionRow{Action::mute_call, "muteCall", CallStep::mute},
-    ActionRow{Action::unmute_call, "unmuteCall", CallStep::unmute},
-    ActionRow{Action::function_key, "FunctionKey", std::nullopt},
+    ActionRow{Action::answer, "Answer", "onAnswer", CallStep::connect},
+    ActionRow{Action::end_call, "EndCall", "onEndCall", CallStep::end},
+    ActionRow{Action::hold_call, "HoldCall", "onHoldCall", CallStep::hold},
+    ActionRow{Action::resume_call, "ResumeCall", "onResumeCall", CallStep::resume},
+    ActionRow{Action::reject_call, "RejectCall", "onRejectCall", CallStep::end},
+    ActionRow{Action::mute_call, "muteCall", "onMuteCall", CallStep::mute},
+    ActionRow{Action::unmute_call, "unmuteCall", "onUnmuteCall", CallStep::unmute},
+    ActionRow{Action::function_key, "FunctionKey", "onFunctionKey", std::nullopt},
 };
 
 }  // namespace
 
 std::string_view to_string(Action action) {
     return actions.at(static_cast<std::size_t>(action)).name;
+}
+
+std::string_view listener_operation(Action action) {
+    return actions.at(static_cast<std::size_t>(action)).operation;
 }
 
 Action find_action(std::string_view name) {

@@ -23,8 +23,11 @@ enum class Action {
     function_key
 };
 
-/// "Answer", the listener's operation without its "on".
+/// The word of the plug-in's log for it, "Answer".
 std::string_view to_string(Action action);
+
+/// The operation of IPluginCallControlListener that asks for it, "onAnswer".
+std::string_view listener_operation(Action action);
 
 /// The action with this name, in any case; throws CommandError.
 Action find_action(std::string_view name);

@@ -89,7 +89,7 @@ struct Describer {
         return Line{attached, "onListenerAttached"};
     }
     std::optional<Line> operator()(const ActionRequested& event) const {
-        HostCall request{"on" + std::string(to_string(event.action)), {event.device_id, event.cid}};
+        HostCall request{std::string(listener_operation(event.action)), {event.device_id, event.cid}};
         if (event.muted)
             request.arguments.emplace_back(*event.muted);
         return Line{action, call_text(request)};
