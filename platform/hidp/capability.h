@@ -58,6 +58,9 @@ struct Capability {
         return static_cast<USAGE>(usage_min + (selector - lowest_selector));
     }
 
+    /// True for the value of one usage that has several fields.
+    bool is_value_array() const { return !is_button && !is_range && report_count > 1; }
+
     /// The place of one field in the report.
     ULONG field_position(ULONG index) const { return bit_position + index * bit_size; }
     /// How much of a field a ULONG holds; of a longer one it is the lowest bits.

@@ -1,5 +1,6 @@
-// What a collection holds: HidP_GetCaps, HidP_GetButtonCaps, HidP_GetValueCaps.
+// What a collection holds: HidP_GetCaps, HidP_GetButtonCaps, HidP_GetValueCaps, HidP_GetLinkCollectionNodes.
 #include <algorithm>
+#include <utility>
 
 #include "platform/hidp/hidp.h"
 #include "platform/hidp/preparsed_data.h"
@@ -84,7 +85,7 @@ NTSTATUS list_caps(HIDP_REPORT_TYPE type, bool is_button, Caps* caps, USHORT* le
 }  // namespace
 
 NTSTATUS Parser::HidP_GetCaps(PHIDP_PREPARSED_DATA data, HIDP_CAPS* caps) const {
-    if (const NTSTATUS status = check_direction(data, HidP_Input); status != HIDP_STATUS_SUCCESS) {
+    if (const NTSTATUS status = check_data(data); status != HIDP_STATUS_SUCCESS) {
         return status;
     }
     const auto& [input, output, feature] = data->directions;
@@ -116,6 +117,19 @@ NTSTATUS Parser::HidP_GetButtonCaps(HIDP_REPORT_TYPE type, HIDP_BUTTON_CAPS* cap
 NTSTATUS Parser::HidP_GetValueCaps(HIDP_REPORT_TYPE type, HIDP_VALUE_CAPS* caps, USHORT* length,
                                    PHIDP_PREPARSED_DATA data) const {
     return list_caps(type, false, caps, length, data);
+}
+
+NTSTATUS Parser::HidP_GetLinkCollectionNodes(HIDP_LINK_COLLECTION_NODE* nodes, ULONG* length,
+                                             PHIDP_PREPARSED_DATA data) const {
+    if (const NTSTATUS status = check_data(data); status != HIDP_STATUS_SUCCESS) {
+        return status;
+    }
+    const ULONG room = std::exchange(*length, static_cast<ULONG>(data->link_collections.size()));
+    if (room < *length) {
+        return HIDP_STATUS_BUFFER_TOO_SMALL;
+    }
+    std::copy(data->link_collections.begin(), data->link_collections.end(), nodes);
+    return HIDP_STATUS_SUCCESS;
 }
 
 }  // namespace platform::hidp

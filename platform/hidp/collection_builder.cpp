@@ -59,29 +59,43 @@ Capability common_capability(const Item& item, const GlobalState& global) {
     return common;
 }
 
+/// `node` under the usage. An alias is another name for the link collection that follows.
+HIDP_LINK_COLLECTION_NODE named(HIDP_LINK_COLLECTION_NODE node, const LocalRange& usage,
+                                const GlobalState& global, bool is_alias) {
+    node.LinkUsagePage = usage.page(global.usage_page);
+    node.LinkUsage = usage.first_usage();
+    node.IsAlias = is_alias;
+    return node;
+}
+
 }  // namespace
 
 void CollectionBuilder::open_collection(const Item& item, const GlobalState& global,
                                         const LocalItems& local) {
-    auto& nodes = data_->link_collections;
-    const auto index = static_cast<USHORT>(nodes.size());
     HIDP_LINK_COLLECTION_NODE node{};
     node.LinkUsagePage = global.usage_page;
-    if (!local.usages().empty()) {
-        const LocalRange& usage = local.usages().front();
-        node.LinkUsagePage = usage.page(global.usage_page);
-        node.LinkUsage = usage.first_usage();
-    }
     node.CollectionType = item.data & 0xFF;
+    const bool is_top_level = data_->link_collections.empty();  // known by one usage alone, the first
+    for (std::size_t i = is_top_level ? 0 : local.alternatives_of_first(); i > 0; --i) {
+        add_link_collection(named(node, local.usages()[i], global, true));
+    }
+    add_link_collection(local.usages().empty() ? node : named(node, local.usages().front(), global, false));
+    current_ = static_cast<USHORT>(data_->link_collections.size() - 1);
+}
+
+void CollectionBuilder::add_link_collection(HIDP_LINK_COLLECTION_NODE node) {
+    auto& nodes = data_->link_collections;
+    if (nodes.size() == max_collections) {
+        throw Malformed{"more than " + std::to_string(max_collections) + " collections"};
+    }
     if (!nodes.empty()) {
         HIDP_LINK_COLLECTION_NODE& parent = nodes[current_];
         node.Parent = current_;
         node.NextSibling = parent.FirstChild;  // the newest child stands first
-        parent.FirstChild = index;
+        parent.FirstChild = static_cast<USHORT>(nodes.size());
         ++parent.NumberOfChildren;
     }
     nodes.push_back(node);
-    current_ = index;
 }
 
 void CollectionBuilder::close_collection() {

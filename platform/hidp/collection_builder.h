@@ -15,6 +15,7 @@ class CollectionBuilder {
   public:
     CollectionBuilder() : data_(new HIDP_PREPARSED_DATA) {}
 
+    /// Adds a link collection, behind one for each other usage that a delimited set gives it.
     void open_collection(const Item& item, const GlobalState& global, const LocalItems& local);
     void close_collection();
 
@@ -24,6 +25,7 @@ class CollectionBuilder {
     PreparsedData take() { return std::move(data_); }
 
   private:
+    void add_link_collection(HIDP_LINK_COLLECTION_NODE node);
     ULONG take_bits(HIDP_REPORT_TYPE type, UCHAR id, ULONG bits);
 
     PreparsedData data_;

@@ -29,7 +29,7 @@ std::size_t report_length(PHIDP_PREPARSED_DATA data, HIDP_REPORT_TYPE type, std:
 }
 
 bool has_report_ids(PHIDP_PREPARSED_DATA data) {
-    return check_direction(data, HidP_Input) == HIDP_STATUS_SUCCESS && data->has_report_ids;
+    return check_data(data) == HIDP_STATUS_SUCCESS && data->has_report_ids;
 }
 
 const Parser& parser() {

@@ -77,6 +77,31 @@ class Parser final : public HidParser {
     NTSTATUS HidP_GetScaledUsageValue(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE usage,
                                       LONG* value, PHIDP_PREPARSED_DATA data, const UCHAR* report,
                                       ULONG report_length) const override;
+
+    // What the plug-in has no need of, for tools and tests. Meanings and status codes are those of the
+    // Windows driver kit's functions of the same names here, too.
+
+    /// Copies the collection's link collections, the top-level collection first. `*length` is the room in and
+    /// the number out; too little room copies nothing: HIDP_STATUS_BUFFER_TOO_SMALL.
+    NTSTATUS HidP_GetLinkCollectionNodes(HIDP_LINK_COLLECTION_NODE* nodes, ULONG* length,
+                                         PHIDP_PREPARSED_DATA data) const;
+
+    /// Writes all fields of a usage that has several, packed without gaps from bit 0 of `value`'s first byte;
+    /// bytes behind them are not looked at. HIDP_STATUS_NOT_VALUE_ARRAY for a usage of one field, or one in a
+    /// range; HIDP_STATUS_BUFFER_TOO_SMALL where `value` is shorter than the fields.
+    NTSTATUS HidP_SetUsageValueArray(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE usage,
+                                     const UCHAR* value, USHORT value_byte_length, PHIDP_PREPARSED_DATA data,
+                                     UCHAR* report, ULONG report_length) const;
+
+    /// Reads them the same way; bits behind the fields, in the last byte that they reach, become 0.
+    NTSTATUS HidP_GetUsageValueArray(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE usage,
+                                     UCHAR* value, USHORT value_byte_length, PHIDP_PREPARSED_DATA data,
+                                     const UCHAR* report, ULONG report_length) const;
+
+    /// Makes an empty report of this id: buttons off, values 0, or null where they have a null state.
+    /// HIDP_STATUS_REPORT_DOES_NOT_EXIST where nothing in the collection has the id.
+    NTSTATUS HidP_InitializeReportForID(HIDP_REPORT_TYPE type, UCHAR report_id, PHIDP_PREPARSED_DATA data,
+                                        UCHAR* report, ULONG report_length) const;
 };
 
 /// The one parser; it has no state.

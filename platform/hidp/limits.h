@@ -10,7 +10,8 @@ namespace platform::hidp {
 /// hidapi's HID_API_MAX_REPORT_DESCRIPTOR_SIZE, which is also what Linux hands out (HID_MAX_DESCRIPTOR_SIZE).
 inline constexpr std::size_t max_descriptor_size = 4096;
 
-/// Collections in a descriptor, and so their nesting. Known devices have at most 60.
+/// Collections in a descriptor, and so their nesting, and link collections of a top-level one, which has more
+/// than collections where some have several names. Known devices have at most 60.
 inline constexpr std::size_t max_collections = 1024;
 
 /// Push items without their Pop. Known devices push once.

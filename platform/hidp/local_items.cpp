@@ -132,6 +132,14 @@ void LocalItems::check_complete() const {
     designators_.check_complete();
 }
 
+std::size_t LocalItems::alternatives_of_first() const {
+    std::size_t count = 0;
+    while (count + 1 < usages().size() && usages()[count + 1].is_alternative) {
+        ++count;
+    }
+    return count;
+}
+
 LocalRange LocalItems::string_of(std::size_t usage_index) const {
     return entry_of(strings_, usage_index);
 }

@@ -61,6 +61,9 @@ class LocalItems {
 
     const std::vector<LocalRange>& usages() const { return usages_.entries(); }
 
+    /// How many of the usages behind the first are only other names for it.
+    std::size_t alternatives_of_first() const;
+
     /// The string and the designator of the usage with this index; the last ones declared serve the usages
     /// left over.
     LocalRange string_of(std::size_t usage_index) const;

@@ -2,9 +2,14 @@
 
 namespace platform::hidp {
 
+NTSTATUS check_data(PHIDP_PREPARSED_DATA data) {
+    const bool is_own = data != nullptr && data->magic == preparsed_data_magic;
+    return is_own ? HIDP_STATUS_SUCCESS : HIDP_STATUS_INVALID_PREPARSED_DATA;
+}
+
 NTSTATUS check_direction(PHIDP_PREPARSED_DATA data, HIDP_REPORT_TYPE type) {
-    if (data == nullptr || data->magic != preparsed_data_magic) {
-        return HIDP_STATUS_INVALID_PREPARSED_DATA;
+    if (const NTSTATUS status = check_data(data); status != HIDP_STATUS_SUCCESS) {
+        return status;
     }
     return type < report_type_count ? HIDP_STATUS_SUCCESS : HIDP_STATUS_INVALID_REPORT_TYPE;
 }

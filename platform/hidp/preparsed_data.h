@@ -56,6 +56,9 @@ struct HIDP_PREPARSED_DATA {
 
 namespace platform::hidp {
 
+/// HIDP_STATUS_SUCCESS, or HIDP_STATUS_INVALID_PREPARSED_DATA for what this parser did not make.
+NTSTATUS check_data(PHIDP_PREPARSED_DATA data);
+
 /// HIDP_STATUS_SUCCESS, or why `data` has no such direction.
 NTSTATUS check_direction(PHIDP_PREPARSED_DATA data, HIDP_REPORT_TYPE type);
 

@@ -125,9 +125,10 @@ Failure VirtualBus::misbehave(int headset, Fault fault) {
     if (!found) {
         return no_such_headset;
     }
-    if (fault == Fault::read_fails || fault == Fault::read_one_byte) {
+    if (fault == Fault::read_fails || fault == Fault::read_one_byte || fault == Fault::read_zero_bytes) {
+        const std::vector<std::uint8_t> too_short(fault == Fault::read_one_byte ? 1 : 0);
         for (VirtualInterface* const open : found->open) {
-            fault == Fault::read_fails ? open->fail_read() : open->push({0x00});
+            fault == Fault::read_fails ? open->fail_read() : open->push(too_short);
         }
         return {};
     }

@@ -40,6 +40,7 @@ enum class Fault {
     write_fails,
     read_fails,
     read_one_byte,
+    read_zero_bytes,
     unplug_in_open,
     unplug_in_write,
 };

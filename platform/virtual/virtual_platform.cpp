@@ -10,7 +10,8 @@ VirtualPlatform::VirtualPlatform()
               windows_.notify_device_change(arrived ? DBT_DEVICEARRIVAL : DBT_DEVICEREMOVECOMPLETE);
           },
           [this] { return clock_.make_sleeper(); }),
-      parser_(&hidp::parser()) {}
+      parser_(&hidp::parser()),
+      seam_windows_(&windows_) {}
 
 const HidParser& VirtualPlatform::parser() {
     return *parser_.load();
@@ -18,6 +19,10 @@ const HidParser& VirtualPlatform::parser() {
 
 void VirtualPlatform::set_parser(const HidParser* parser) {
     parser_ = parser == nullptr ? &hidp::parser() : parser;
+}
+
+void VirtualPlatform::set_windows(MessageWindows* windows) {
+    seam_windows_ = windows == nullptr ? &windows_ : windows;
 }
 
 std::wstring VirtualPlatform::init() {

@@ -14,7 +14,7 @@ class VirtualPlatform final : public Platform, private HidBackend {
 
     HidBackend& hid() override { return *this; }
     const HidParser& parser() override;
-    MessageWindows& windows() override { return windows_; }
+    MessageWindows& windows() override { return *seam_windows_.load(); }
     Clock& clock() override { return clock_; }
 
     VirtualBus& bus() { return bus_; }
@@ -24,6 +24,10 @@ class VirtualPlatform final : public Platform, private HidBackend {
     /// Puts another parser in the place of platform/hidp; null brings that back. For a test that wants one to
     /// fail.
     void set_parser(const HidParser* parser);
+
+    /// Puts other windows in the place of virtual_windows(); null brings those back. For a test that wants to
+    /// see what is asked of them, or one to fail.
+    void set_windows(MessageWindows* windows);
 
   private:
     std::wstring init() override;
@@ -36,6 +40,7 @@ class VirtualPlatform final : public Platform, private HidBackend {
     VirtualClock clock_;
     VirtualBus bus_;
     std::atomic<const HidParser*> parser_;
+    std::atomic<MessageWindows*> seam_windows_;
 };
 
 /// current(), by its own type.
