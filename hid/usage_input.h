@@ -8,9 +8,9 @@
 
 namespace headset_plugin {
 
-/// Decodes an input report, byte 0 its id, and tells whether a mute key is pressed: 1 yes, -1 no or failure.
-/// A report of a device without report ids may come with the leading 0 or without it; one shorter than the
-/// collection's longest is taken as filled up with zeros. What an earlier report of another id held counts
+/// Decodes an input report and tells whether a mute key is pressed: 1 yes, -1 no or failure. Byte 0 is the
+/// report's id, 0 for a device without report ids. A report that is shorter than the collection's longest is
+/// taken as filled up with zeros. What an earlier report of another id held counts
 /// until a report of that id replaces it. Thread: any, and several at once.
 int process_read_for_mute(hid_device* device, std::span<const std::uint8_t> report);
 
