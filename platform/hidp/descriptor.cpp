@@ -39,8 +39,9 @@ class DescriptorParser {
 };
 
 void DescriptorParser::read_items() {
-    while (const auto item = reader_.next()) {
-        read(*item);
+    Item item;
+    while (reader_.next(item)) {
+        read(item);
     }
     check_end();
 }
@@ -69,7 +70,7 @@ void DescriptorParser::add_fields(const Item& item) {
     local_.check_complete();
     builder_.add_fields(item, global_.state(), local_);
     has_report_ids_ = has_report_ids_ || global_.state().report_id != 0;
-    local_ = {};
+    local_.clear();
 }
 
 void DescriptorParser::open_collection(const Item& item) {
@@ -80,7 +81,7 @@ void DescriptorParser::open_collection(const Item& item) {
     builder_.open_collection(item, global_.state(), local_);
     open_.push_back(reader_.place());
     ++collection_count_;
-    local_ = {};
+    local_.clear();
 }
 
 void DescriptorParser::close_collection() {
@@ -90,7 +91,7 @@ void DescriptorParser::close_collection() {
     local_.check_complete();
     builder_.close_collection();
     open_.pop_back();
-    local_ = {};
+    local_.clear();
     if (open_.empty()) {
         collections_.push_back(std::exchange(builder_, {}).take());
     }

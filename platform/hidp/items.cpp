@@ -12,6 +12,14 @@ std::size_t data_size(std::uint8_t prefix) {
     return sizes[prefix & size_bits];
 }
 
+std::uint32_t little_endian(std::span<const std::uint8_t> bytes) {
+    std::uint32_t value = 0;
+    for (std::size_t i = bytes.size(); i > 0; --i) {
+        value = value << 8 | bytes[i - 1];
+    }
+    return value;
+}
+
 }  // namespace
 
 std::int32_t Item::as_signed() const {
@@ -25,7 +33,7 @@ std::int32_t Item::as_signed() const {
     }
 }
 
-std::optional<Item> ItemReader::next() {
+bool ItemReader::next(Item& item) {
     while (position_ < descriptor_.size()) {
         place_ = {position_, descriptor_[position_]};
         ++position_;
@@ -34,14 +42,12 @@ std::optional<Item> ItemReader::next() {
             continue;
         }
         const auto bytes = take(data_size(place_.prefix));
-        std::uint32_t data = 0;
-        for (std::size_t i = 0; i < bytes.size(); ++i) {
-            data |= static_cast<std::uint32_t>(bytes[i]) << (8 * i);
-        }
-        return Item{static_cast<Tag>(place_.prefix & ~size_bits), static_cast<std::uint8_t>(bytes.size()),
-                    data};
+        item.tag = static_cast<Tag>(place_.prefix & ~size_bits);
+        item.size = static_cast<std::uint8_t>(bytes.size());
+        item.data = little_endian(bytes);
+        return true;
     }
-    return std::nullopt;
+    return false;
 }
 
 std::span<const std::uint8_t> ItemReader::take(std::size_t size) {

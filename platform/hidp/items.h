@@ -50,9 +50,9 @@ inline constexpr std::uint32_t item_relative = 1U << 2;
 inline constexpr std::uint32_t item_null_state = 1U << 6;
 
 struct Item {
-    Tag tag;
-    std::uint8_t size;   ///< of the data, in bytes: 0, 1, 2 or 4
-    std::uint32_t data;  ///< zero-extended
+    Tag tag{};
+    std::uint8_t size = 0;   ///< of the data, in bytes: 0, 1, 2 or 4
+    std::uint32_t data = 0;  ///< zero-extended
 
     std::int32_t as_signed() const;
 };
@@ -73,9 +73,9 @@ class ItemReader {
   public:
     explicit ItemReader(std::span<const std::uint8_t> descriptor) : descriptor_(descriptor) {}
 
-    /// The next short item; nothing at the end. Long items are passed over, since none is defined (6.2.2.3).
-    /// Throws Malformed for an item that the descriptor's end cuts short.
-    std::optional<Item> next();
+    /// Reads the next short item; false at the end. Long items are passed over, since none is defined
+    /// (6.2.2.3). Throws Malformed for an item that the descriptor's end cuts short.
+    bool next(Item& item);
 
     /// Of the item that next() read last.
     Place place() const { return place_; }

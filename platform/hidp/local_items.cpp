@@ -70,6 +70,12 @@ void LocalRanges::join(std::size_t first) {
     }
 }
 
+void LocalRanges::clear() {
+    entries_.clear();
+    minimum_.reset();
+    maximum_.reset();
+}
+
 void LocalRanges::check_complete() const {
     if (minimum_) {
         throw Malformed{"a minimum has no maximum"};
@@ -130,6 +136,13 @@ void LocalItems::check_complete() const {
     usages_.check_complete();
     strings_.check_complete();
     designators_.check_complete();
+}
+
+void LocalItems::clear() {
+    usages_.clear();
+    strings_.clear();
+    designators_.clear();
+    open_set_.reset();
 }
 
 std::size_t LocalItems::alternatives_of_first() const {

@@ -42,6 +42,9 @@ class LocalRanges {
     /// Makes the entries after the one at `first` alternatives of it.
     void join(std::size_t first);
 
+    /// Forgets everything but the memory that it took.
+    void clear();
+
   private:
     void add(const LocalRange& range);
     void add_complete_range();
@@ -58,6 +61,9 @@ class LocalItems {
 
     /// Throws Malformed when a main item comes while a range or a delimited set is incomplete.
     void check_complete() const;
+
+    /// Begins anew, behind a main item.
+    void clear();
 
     const std::vector<LocalRange>& usages() const { return usages_.entries(); }
 
