@@ -14,6 +14,7 @@
 #include <thread>
 #include <vector>
 
+#include "plugin/base/plugin_log.h"
 #include "tests/support/layer_log.h"
 
 namespace {
@@ -129,19 +130,27 @@ TEST(Worker, destroys_a_task_before_it_runs_the_next) {
 }
 
 TEST(Worker, waits_for_the_running_task_when_destroyed) {
+    constexpr std::chrono::milliseconds time_to_return_early{100};
     Signal running;
     Signal destroying;
-    bool finished = false;
+    Signal released;
+    std::atomic<bool> finished = false;
     auto worker = std::make_unique<Worker>();
     worker->post(task([&] {
         running.set();
-        finished = destroying.wait();
+        finished = released.wait();
     }));
     EXPECT_TRUE(running.wait());
-    std::thread release([&] { destroying.set(); });
-    worker.reset();
-    EXPECT_TRUE(finished);
-    release.join();
+    auto finished_when_destroyed = std::async(std::launch::async, [&] {
+        destroying.set();
+        worker.reset();
+        return finished.load();
+    });
+    EXPECT_TRUE(destroying.wait());
+    EXPECT_EQ(finished_when_destroyed.wait_for(time_to_return_early), std::future_status::timeout);
+    released.set();
+    ASSERT_EQ(finished_when_destroyed.wait_for(patience), std::future_status::ready);
+    EXPECT_TRUE(finished_when_destroyed.get());
 }
 
 TEST(Worker, discards_waiting_tasks_when_destroyed) {
@@ -222,10 +231,14 @@ class WorkerDeathTest : public testing::Test {
     void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 };
 
-/// Runs a task whose failure ends the process. The log goes to the standard error output.
-void run_failing(std::function<void()> work) {
+void print(const std::string& line) {
+    std::fputs(line.c_str(), stderr);
+}
+
+/// Runs a task whose failure ends the process.
+void run_failing(std::function<void()> work, const std::function<void(const std::string&)>& on_line = print) {
     const auto logger = install_layer_logger();
-    logger->on_line([](const std::string& line) { std::fputs(line.c_str(), stderr); });
+    logger->on_line(on_line);
     const Signal never;
     Worker worker;
     worker.post(task(std::move(work)));
@@ -237,6 +250,12 @@ constexpr const char* caught = "^HeadsetPlugin: headset_plugin::Worker::worker_t
 TEST_F(WorkerDeathTest, logs_the_text_of_an_exception_and_ends_the_process) {
     EXPECT_EXIT(run_failing([] { throw std::runtime_error("disk on fire"); }),
                 testing::KilledBySignal(SIGABRT), std::string(caught) + "disk on fire \n");
+}
+
+TEST_F(WorkerDeathTest, ends_the_process_when_the_logger_throws) {
+    const auto fail = [](const std::string&) { throw std::runtime_error("the log is full"); };
+    EXPECT_EXIT(run_failing([] { plugin_log("%s\n", "a line"); }, fail), testing::KilledBySignal(SIGABRT),
+                "the log is full");
 }
 
 TEST_F(WorkerDeathTest, ends_the_process_at_an_empty_task) {

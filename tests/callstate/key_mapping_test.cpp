@@ -43,6 +43,11 @@ INSTANTIATE_TEST_SUITE_P(
                {held("1"), talking("2")},
                CallAction::end_call,
                "2"},
+        KeyRow{"the_end_of_the_connected_call_behind_a_ringing_one",
+               0,
+               {ringing("1"), talking("2")},
+               CallAction::end_call,
+               "2"},
         KeyRow{"the_end_of_the_first_connected_call",
                0,
                {talking("1"), talking("2")},
@@ -132,7 +137,7 @@ TEST_F(CallListTest, flips_the_flag_of_the_pressed_call_alone_and_no_led) {
     EXPECT_FALSE(ccm_.isCallMuted("1"));
     EXPECT_TRUE(ccm_.isCallMuted("2"));
     EXPECT_FALSE(ccm_.isCallMuted("3"));
-    ccm_.refreshHeadsetState();
+    ccm_.onCallStateUpdate(CALL_STATE_CONNECTED, "2", false);  // shows the call, and leaves mute as it is
     EXPECT_EQ(ccm_.getHeadsetLedState(), 0x02);
 }
 

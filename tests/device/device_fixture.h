@@ -58,6 +58,7 @@ class ScriptedDriver final : public headset_plugin::call_control_generic {
     std::size_t last_buffer_size() const;
     bool is_last_buffer_clear() const;  ///< it came zero-filled
     bool has_handle() const { return hid_device() != nullptr; }
+    std::weak_ptr<::hid_device> handle() const { return hid_device(); }
 
     std::int32_t set_led_event_data(std::uint32_t state, std::span<std::uint8_t> output) override;
     std::int32_t process_read(std::span<const std::uint8_t> report) override;

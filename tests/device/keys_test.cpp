@@ -1,6 +1,7 @@
 // From an input report to a key: which headset counts, what its driver makes of it, and which keys pass.
 #include <optional>
 
+#include "platform/virtual/headsets/items.h"
 #include "tests/device/device_fixture.h"
 #include "tests/support/upward_calls.h"
 
@@ -195,6 +196,18 @@ TEST_F(DeviceKeys, after_the_calls_ended_the_same_hook_key_passes_again) {
     EXPECT_EQ(keys(), Lines{"2 "});
 }
 
+TEST_F(DeviceKeys, a_dropped_key_does_not_bring_back_what_the_idle_state_forgot_meanwhile) {
+    const auto made = make_device_in(HEADSET_STATE_ALERTING, HEADSET_KEY_HOOK);
+    logger_->on_line([&](const std::string& line) {
+        if (line == drop_end_call) {
+            made->headset_set_state(HEADSET_STATE_IDLE);
+        }
+    });
+    made->handle_key_report(key_report_type, HEADSET_KEY_END_CALL);
+    EXPECT_EQ(logger_->count(drop_end_call), 1U);
+    EXPECT_EQ(made->last_hook_key(), -1);
+}
+
 // ---- from the report to the key
 
 TEST_F(DeviceKeys, a_headset_that_is_not_the_active_one_is_ignored) {
@@ -223,10 +236,16 @@ TEST_F(DeviceKeys, a_headset_without_a_driver_drops_every_report) {
 TEST_F(DeviceKeys, a_report_with_a_key_goes_to_the_driver_the_callback_and_the_driver_again) {
     const auto made = make_open_device();
     driver_->key = HEADSET_KEY_MUTE;
+    driver_->report_follow_up = follow_up_show_in_use;
+    Lines calls_before_key;
+    on_key([&] { calls_before_key = driver_->calls(); });
     send({0x02, 0x02});
     EXPECT_EQ(keys(), Lines{"1 SN-1"});
-    EXPECT_EQ(driver_->calls(), (Lines{"process_read(02 02)", "handle_headset_reponse(1)"}));
+    EXPECT_EQ(calls_before_key, Lines{"process_read(02 02)"});
+    EXPECT_EQ(driver_->calls(),
+              (Lines{"process_read(02 02)", "handle_headset_reponse(1)", "toggle_led(64)"}));
     EXPECT_EQ(log_beside_read_thread(), device_lines("process_read", {"enter"}) + Lines{keycode_line(1)} +
+                                            device_lines("toggle_led_status", {"enter", "exit"}) +
                                             device_lines("process_read", {"exit"}));
     made->stop_device_thread();
 }
@@ -235,6 +254,64 @@ TEST_F(DeviceKeys, an_empty_report_reaches_the_driver_too) {
     const auto made = make_device();
     made->process_read({});
     EXPECT_EQ(driver_->calls(), (Lines{"process_read()", "handle_headset_reponse(-1)"}));
+}
+
+/// One input report of 64 bytes and no id: mute is the first bit, a number fills the last byte.
+Bytes descriptor_without_report_ids() {
+    using namespace platform::virtual_headsets;
+    // clang-format off
+    return descriptor({
+        usage_page(0x0B),        // Telephony page
+        usage(0x05),             // Headset
+        collection(application),
+            logical_minimum(0),
+            logical_maximum(1),
+            usage(0x2F),         // Phone Mute
+            report_size(1),
+            report_count(1),
+            input(data | variable),
+            report_count(62 * 8 + 7),
+            input(constant),     // padding
+            usage(0x31),         // a number
+            logical_maximum(255),
+            report_size(8),
+            report_count(1),
+            input(data | variable),
+        end_collection(),
+    });
+    // clang-format on
+}
+
+constexpr std::size_t unnumbered_report_size = 65;  ///< with the id 0 before it
+
+TEST_F(DeviceKeys, a_report_of_64_bytes_without_an_id_arrives_whole) {
+    const auto made = make_open_device(descriptor_without_report_ids());
+    Bytes report(unnumbered_report_size, 0x00);
+    report.back() = 0xAB;
+    send(report);
+    std::string shown;
+    for (std::size_t i = 0; i < report.size() - 1; ++i) {
+        shown += "00 ";
+    }
+    EXPECT_EQ(driver_->calls(), (Lines{"process_read(" + shown + "ab)", "handle_headset_reponse(-1)"}));
+    made->stop_device_thread();
+}
+
+TEST_F(DeviceKeys, a_report_of_64_bytes_without_an_id_gives_the_key_that_it_holds) {
+    plug(descriptor_without_report_ids());
+    const auto made = make_real_device(jabra);
+    made->set_device_handles(open_handle(), nullptr);
+    made->set_selected(true);
+    Bytes report(unnumbered_report_size, 0x00);
+    send(report);
+    EXPECT_EQ(keys(), Lines{});
+    report[1] = 0x01;
+    send(report);
+    EXPECT_EQ(keys(), Lines{"1 SN-1"});
+    report[1] = 0x00;
+    send(report);
+    EXPECT_EQ(keys(), Lines{"1 SN-1"});
+    made->stop_device_thread();
 }
 
 TEST_F(DeviceKeys, a_report_without_a_key_still_toggles_indicators) {

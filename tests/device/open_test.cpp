@@ -1,4 +1,6 @@
 // What a headset object is when it is made, and the two ways to open it.
+#include <stdexcept>
+
 #include "tests/device/device_fixture.h"
 #include "tests/support/upward_calls.h"
 
@@ -14,6 +16,13 @@ class DeviceOpen : public DeviceTest {
         return device_line("set_device_handles", "enter for device 0x24c9, led " +
                                                      std::to_string(hid_handle_number(led.get())) + ", upd " +
                                                      std::to_string(hid_handle_number(upd.get())) + ". ");
+    }
+    void throw_at(const std::string& wanted) {
+        logger_->on_line([wanted](const std::string& line) {
+            if (line == wanted) {
+                throw std::runtime_error("the host's logger failed");
+            }
+        });
     }
     std::size_t threads_started() {
         return logger_->count(device_line("hid_device_open", "new a thread to read headset device "));
@@ -188,6 +197,26 @@ TEST_F(DeviceOpen, opening_gives_1_when_a_read_thread_was_started) {
     made->stop_device_thread();
 }
 
+TEST_F(DeviceOpen, a_logger_that_throws_half_way_leaves_the_headset_closed_and_free_to_be_opened_again) {
+    for (const std::string& line : {enter_led_lines.front(), opened_lines.front()}) {
+        plug();
+        const auto made = make_device();
+        throw_at(line);
+        EXPECT_THROW(made->set_device_handles(open_handle(), nullptr), std::runtime_error);
+        EXPECT_FALSE(made->is_open());
+        EXPECT_FALSE(driver_->has_handle());
+        EXPECT_TRUE(is_closed());
+        logger_->on_line({});
+        made->set_device_handles(open_handle(), nullptr);
+        made->set_selected(true);
+        driver_->clear_calls();
+        send(hook_report);
+        EXPECT_EQ(driver_->calls(), (Lines{"process_read(02 01)", "handle_headset_reponse(-1)"}));
+        made->stop_device_thread();
+        bus().reset();
+    }
+}
+
 // ---- opening by ids
 
 class DeviceTryOpen : public DeviceTest {
@@ -282,6 +311,29 @@ TEST_F(DeviceTryOpen, a_headset_that_went_away_can_be_opened_again) {
         ASSERT_EQ(made->hid_device_tryopen(jabra, product, L"SN-1"), 1);
         send(hook_report);
     }
+    made->stop_device_thread();
+}
+
+TEST_F(DeviceTryOpen, a_logger_that_throws_half_way_leaves_the_headset_closed_and_free_to_be_opened_again) {
+    plug();
+    const auto made = make_device();
+    std::weak_ptr<::hid_device> handle;
+    logger_->on_line([&](const std::string& line) {
+        if (line == device_line("hid_device_tryopen", "new a thread to read headset device ")) {
+            handle = driver_->handle();
+            EXPECT_FALSE(handle.expired());
+            throw std::runtime_error("the host's logger failed");
+        }
+    });
+    EXPECT_THROW(made->hid_device_tryopen(jabra, product, L"SN-1"), std::runtime_error);
+    EXPECT_FALSE(made->is_open());
+    EXPECT_TRUE(handle.expired());
+    logger_->on_line({});
+    ASSERT_EQ(made->hid_device_tryopen(jabra, product, L"SN-1"), 1);
+    made->set_selected(true);
+    driver_->clear_calls();
+    send(hook_report);
+    EXPECT_EQ(driver_->calls(), (Lines{"process_read(02 01)", "handle_headset_reponse(-1)"}));
     made->stop_device_thread();
 }
 

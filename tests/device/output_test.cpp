@@ -302,6 +302,21 @@ TEST_F(DeviceOutput, a_stop_waits_for_a_write_that_hangs_to_be_given_up) {
     EXPECT_FALSE(made->is_open());
 }
 
+TEST_F(DeviceOutput, an_idle_report_does_not_wait_for_a_write_that_hangs) {
+    const auto made = make_open_device(telephony_descriptor(1), plantronics);
+    platform().virtual_clock().stop();
+    ASSERT_EQ(bus().misbehave(headset_, Fault::write_hangs), "");
+    driver_->led = {{0x02, 0x01}, 2};
+    std::thread writer([&] { made->set_led_event(); });
+    EXPECT_TRUE(platform().virtual_clock().wait_for_sleepers(1, test_support::patience));
+    std::thread idling([&] { made->set_idle(); });
+    EXPECT_TRUE(platform().virtual_clock().wait_for_sleepers(2, test_support::patience));
+    platform().virtual_clock().go();
+    writer.join();
+    idling.join();
+    made->stop_device_thread();
+}
+
 TEST_F(DeviceOutput, states_mutes_keys_and_a_stop_may_come_at_once) {
     const auto made = make_open_device();
     driver_->key = HEADSET_KEY_MUTE;

@@ -1,5 +1,4 @@
 // The read threads of the two ways of opening, and how a headset is stopped, closed and let go.
-#include <condition_variable>
 #include <stdexcept>
 #include <thread>
 
@@ -51,6 +50,23 @@ class DeviceReading : public DeviceTest {
 
 // ---- opened by handle
 
+TEST_F(DeviceReading, a_read_thread_tells_of_its_loop_before_anything_else) {
+    plug();
+    const auto made = make_device();
+    made->set_selected(true);
+    constexpr int level = 2;  // of every line
+    const auto of_read_thread = std::make_shared<test_support::RecordingLogger>();
+    logger_->on_line([of_read_thread, opener = std::this_thread::get_id()](const std::string& line) {
+        if (std::this_thread::get_id() != opener) {
+            of_read_thread->log(line, level);
+        }
+    });
+    made->set_device_handles(open_handle(), nullptr);
+    send(hook_report);
+    made->stop_device_thread();
+    EXPECT_EQ(of_read_thread->lines().front(), enter_loop);
+}
+
 TEST_F(DeviceReading, an_unplugged_headset_closes_itself_and_asks_for_its_removal) {
     const auto made = make_open_device();
     ASSERT_EQ(bus().unplug(headset_), "");
@@ -70,6 +86,13 @@ TEST_F(DeviceReading, a_report_of_one_byte_ends_the_reading) {
     const auto made = make_open_device();
     ASSERT_EQ(bus().misbehave(headset_, Fault::read_one_byte), "");
     expect_closed_by({read_error(1)});
+    EXPECT_EQ(driver_->calls(), Lines{});
+}
+
+TEST_F(DeviceReading, a_read_of_nothing_ends_the_reading) {
+    const auto made = make_open_device();
+    ASSERT_EQ(bus().misbehave(headset_, Fault::read_zero_bytes), "");
+    expect_closed_by({read_error(0)});
     EXPECT_EQ(driver_->calls(), Lines{});
 }
 
@@ -100,7 +123,7 @@ TEST_F(DeviceReading, something_else_than_an_exception_may_be_thrown_too) {
 }
 
 TEST_F(DeviceReading, a_stopped_headset_shuts_down_and_is_not_removed) {
-    const auto made = make_open_device();
+    auto made = make_open_device();
     made->stop_device_thread();
     EXPECT_FALSE(made->is_open());
     EXPECT_FALSE(driver_->has_handle());
@@ -108,6 +131,11 @@ TEST_F(DeviceReading, a_stopped_headset_shuts_down_and_is_not_removed) {
     EXPECT_EQ(log_beside_read_thread(), stop_lines(handle_number_));
     EXPECT_TRUE(in_order(logger_->lines(), {exit_loop, shutting_down}));
     EXPECT_TRUE(eventually([&] { return is_closed(); }));
+    const std::weak_ptr<device> watched = made;
+    made.reset();
+    ASSERT_TRUE(eventually([&] { return watched.expired(); }));  // and the read thread is through
+    EXPECT_EQ(logger_->count(unplugged), 0U);
+    EXPECT_EQ(logger_->lines_with("hid_device_close"), Lines{});
     EXPECT_EQ(upward_calls(), Lines{});
 }
 
@@ -212,6 +240,16 @@ TEST_F(DeviceReadingTried, a_report_of_one_byte_is_passed_on) {
     made->stop_device_thread();
 }
 
+TEST_F(DeviceReadingTried, a_read_of_nothing_is_passed_on) {
+    const auto made = make_tried_device();
+    ASSERT_EQ(bus().misbehave(headset_, Fault::read_zero_bytes), "");
+    ASSERT_TRUE(logger_->wait_for(device_line("process_read", "exit")));
+    EXPECT_EQ(driver_->calls(), (Lines{"process_read()", "handle_headset_reponse(-1)"}));
+    send(hook_report);
+    EXPECT_TRUE(made->is_open());
+    made->stop_device_thread();
+}
+
 TEST_F(DeviceReadingTried, a_stopped_headset_closes_down_and_is_not_removed) {
     const auto made = make_tried_device();
     made->stop_device_thread();
@@ -228,12 +266,20 @@ TEST_F(DeviceReadingTried, a_headset_that_nobody_holds_any_more_ends_with_its_re
     EXPECT_TRUE(eventually([&] { return watched.expired(); }));
 }
 
-TEST_F(DeviceReadingTried, an_exception_out_of_the_key_callback_lets_the_headset_go) {
+TEST_F(DeviceReadingTried, an_exception_out_of_the_key_callback_closes_the_headset_and_asks_for_its_removal) {
     const auto made = make_tried_device();
     driver_->key = headset_plugin::HEADSET_KEY_MUTE;
     on_key([] { throw std::runtime_error("the host's listener failed"); });
     ASSERT_EQ(bus().send_report(headset_, mute_report), "");
-    EXPECT_TRUE(eventually([&] { return !made->is_open(); }));
+    ASSERT_TRUE(logger_->wait_for(closing_down));
+    EXPECT_TRUE(in_order(logger_->lines(),
+                         {device_line("handle_key_report", "enter, keycode = 1"),
+                          device_line("hid_device_close", "try to close device"),
+                          device_line("hid_device_close", "restore some parameters to default value. "),
+                          closed, closing_down}));
+    EXPECT_EQ(logger_->lines_with("Error[read error"), Lines{});
+    EXPECT_EQ(upward_calls(), Lines{removal});
+    EXPECT_FALSE(made->is_open());
     EXPECT_FALSE(driver_->has_handle());
 }
 
@@ -257,6 +303,17 @@ TEST_F(DeviceReading, closing_an_open_headset_closes_its_handle_and_asks_for_its
     EXPECT_FALSE(driver_->has_handle());
     made->hid_device_close();
     EXPECT_EQ(upward_calls(), Lines{removal});
+}
+
+TEST_F(DeviceReading, closing_releases_another_thread_that_reads_the_same_handle) {
+    const auto made = make_open_device();
+    made->set_device_handles(nullptr, nullptr);  // which has the handle read a second time
+    ASSERT_TRUE(logger_->wait_for(enter_loop));
+    ASSERT_EQ(bus().misbehave(headset_, Fault::read_one_byte), "");
+    EXPECT_TRUE(eventually([&] { return is_closed(); }));
+    ASSERT_TRUE(logger_->wait_for_count(closed, 2));
+    EXPECT_EQ(upward_calls(), Lines{removal});
+    EXPECT_FALSE(made->is_open());
 }
 
 TEST_F(DeviceReading, a_headset_that_is_let_go_stops_and_closes_its_handle) {

@@ -21,9 +21,10 @@ const std::string disallowed_line = pass_line("disallowed vendor_id:[0x0b0e], pr
 /// One entry of an enumeration.
 class Entry {
   public:
-    explicit Entry(std::uint16_t page = telephony, std::uint16_t vendor_id = jabra) {
+    explicit Entry(std::uint16_t page = telephony, std::uint16_t vendor_id = jabra,
+                   std::uint16_t product_id = product) {
         info_.vendor_id = vendor_id;
-        info_.product_id = product;
+        info_.product_id = product_id;
         info_.usage_page = page;
     }
     Entry& serial(std::wstring text) { return set(serial_, info_.serial_number, std::move(text)); }
@@ -215,6 +216,38 @@ TEST_F(Admission, a_refusal_of_the_host_comes_before_the_product_test) {
     }));
 }
 
+TEST_F(Admission, a_short_product_id_is_filled_up_with_zeros_in_some_lines_and_spaces_in_others) {
+    constexpr std::uint16_t short_id = 0x00C9;
+    const auto told = [this](const Entry& entry, plugin_control::ProductSupportTest is_supported =
+                                                     plugin_control::is_third_party_product_supported) {
+        logger_->clear();
+        admit(entry.info(), is_supported);
+        return logger_->lines();
+    };
+    const std::string plugged_in =
+        pass_line("3rd-party headset is plugged in, vendor_id: 0x0b0e, product_id: 0x00c9, page: 0x0b. ");
+    const std::string product_text =
+        "3rd product vendor_id:[0x b0e], product_id:[0x  c9], product_name:[Headset] ";
+    const auto entry = [](std::uint16_t page) { return Entry(page, jabra, short_id); };
+    EXPECT_EQ(told(entry(generic_desktop)),
+              Lines{pass_line("ignore non-accessary device vendor_id: 0x0b0e, product_id: 0x00c9, page: "
+                              "0x01. ")});
+    EXPECT_EQ(told(entry(telephony).serial(L"SN-1").name(L"Headset")),
+              (Lines{plugged_in, pass_line(product_text + "supported!")}));
+    EXPECT_EQ(told(entry(telephony).serial(L"SN-1").name(L"Headset"),
+                   [](std::int32_t, std::int32_t) { return false; }),
+              (Lines{plugged_in, pass_line(product_text + "unsupported!")}));
+    answer_hook(false);
+    EXPECT_EQ(told(entry(telephony).serial(L"SN-1")),
+              (Lines{plugged_in, pass_line("disallowed vendor_id:[0x0b0e], product_id:[0x00c9]")}));
+}
+
+TEST_F(Admission, a_hook_keeps_what_it_remembers_from_one_question_to_the_next) {
+    set_device_availability_hook([asked = 0](int, int) mutable { return asked++ == 0; });
+    EXPECT_TRUE(admit(Entry().serial(L"SN-1").info()));
+    EXPECT_FALSE(admit(Entry().serial(L"SN-1").info()));
+}
+
 TEST_F(Admission, every_product_is_supported) {
     for (const int id : {0, 1, 0xFFFF, -1}) {
         EXPECT_TRUE(plugin_control::is_third_party_product_supported(id, id));
@@ -289,6 +322,18 @@ TEST_F(AdmissionInPass, headsets_whose_long_serials_are_cut_alike_are_one) {
     pass();
     EXPECT_EQ(manager_->connected_count(), 1U);
     EXPECT_NE(manager_->find_device(std::string(63, 's')), nullptr);
+}
+
+TEST_F(AdmissionInPass, a_short_product_id_is_filled_up_with_zeros) {
+    auto short_id = headset("SN-1");
+    short_id.product_id = 0x00C9;
+    plug(short_id);
+    pass();
+    const std::string ids = "device, vendor_id:[0x0b0e], product_id:[0x00c9], sn = SN-1, ";
+    EXPECT_TRUE(test_support::in_order(
+        logger_->lines(), {pass_line("create " + ids + "product_name = Test Headset"),
+                           manager_line("add_device", "add " + ids + "device_name = Test Headset"),
+                           pass_line("found " + ids + "product_name = Test Headset")}));
 }
 
 TEST_F(AdmissionInPass, of_two_headsets_with_the_serial_unknown_the_first_is_kept) {

@@ -95,7 +95,9 @@ TEST_F(DeviceManagerApi, a_stop_puts_the_headset_to_rest_then_stops_it_then_ends
          manager_line("stop_tracking_thread", "done "), manager_line("device_mgr_stop", "completed "),
          api_line("stop_device_mgr", "completed"),
          api_line("stop_device_mgr", "try to end message thread ")}));
-    EXPECT_EQ(logger_->count(window_line("MessageThread", "Message Thread is closed ")), 1U);
+    const std::string closed = window_line("MessageThread", "Message Thread is closed ");
+    EXPECT_EQ(logger_->count(closed), 1U);
+    EXPECT_TRUE(in_order(logger_->lines(), {api_line("stop_device_mgr", "completed"), closed}));
     EXPECT_EQ(get_active_device_id(), nullptr);
 }
 

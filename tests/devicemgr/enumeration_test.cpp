@@ -1,4 +1,5 @@
 // Enumeration passes and the list that they keep.
+#include <atomic>
 #include <stdexcept>
 #include <thread>
 
@@ -230,6 +231,39 @@ TEST_F(Enumeration, a_hook_that_throws_ends_the_pass_and_lets_go_of_the_lock) {
     plugin_control::set_device_availability_hook({});
     std::thread([this] { pass(); }).join();
     EXPECT_EQ(created("SN-1"), 1U);
+}
+
+TEST_F(Enumeration, a_logger_that_throws_while_a_headset_is_opened_leaves_it_to_the_next_pass) {
+    static std::atomic<int> keys;
+    keys = 0;
+    device::register_key_callback([](std::uint16_t, const std::string&) { ++keys; });
+    const int number = plug(headset("SN-1"));
+    logger_->on_line([](const std::string& line) {
+        if (line == "3rdPartyHeadsetPlugin: headset_plugin::device::hid_device_open: [Enter handle_led] \n") {
+            throw std::runtime_error("the host's logger failed");
+        }
+    });
+    EXPECT_THROW(pass(), std::runtime_error);
+    logger_->on_line({});
+    EXPECT_FALSE(manager_->find_device("SN-1")->is_open());
+    pass();
+    EXPECT_TRUE(manager_->find_device("SN-1")->is_open());
+    ASSERT_TRUE(select("host-SN-1"));
+    const platform::virtual_platform::FullUsage mute_key{telephony, 0x2F};
+    ASSERT_EQ(bus().press(number, mute_key), "");
+    EXPECT_TRUE(test_support::eventually([] { return keys == 1; }));
+    manager_->stop_tracking_thread();
+    EXPECT_TRUE(logger_->wait_for(shutting_down));
+    device::register_key_callback(nullptr);
+}
+
+TEST_F(Enumeration, a_headset_under_a_listed_serial_is_told_with_the_ids_of_the_listed_one) {
+    plug(headset("SN-1", "First", {telephony}));
+    auto second = headset("SN-1", "Second", {telephony}, logitech);
+    second.product_id = 0x0A29;
+    plug(second);
+    pass();
+    EXPECT_EQ(logger_->lines_with("found device"), Lines{found_line("SN-1", "First")});
 }
 
 TEST_F(Enumeration, a_match_waits_for_the_pass_that_is_under_way) {

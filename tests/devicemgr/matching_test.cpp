@@ -1,4 +1,6 @@
 // Which headset belongs to the host's audio device, and what is done with the active one.
+#include <thread>
+
 #include "tests/devicemgr/manager_fixture.h"
 
 using namespace manager_test;
@@ -156,6 +158,46 @@ TEST_F(Matching, without_an_active_headset_nothing_is_deselected) {
     EXPECT_EQ(logger_->lines(), Lines{});
 }
 
+TEST_F(Matching, a_headset_is_put_to_rest_while_it_is_the_active_one_still) {
+    const auto listed = list("SN-1", "Headset");
+    ASSERT_TRUE(select("host-SN-1"));
+    int rests = 0;
+    logger_->on_line([&](const std::string& line) {
+        if (line == state_line(0)) {
+            ++rests;
+            EXPECT_TRUE(listed->is_selected());
+            EXPECT_EQ(manager_->active_device(), listed);
+        }
+    });
+    manager_->deselect_device();
+    EXPECT_EQ(rests, 1);
+    EXPECT_FALSE(listed->is_selected());
+    EXPECT_EQ(manager_->active_device(), nullptr);
+}
+
+TEST_F(Matching, what_is_being_shown_as_a_headset_is_deselected_does_not_follow_its_rest) {
+    constexpr platform::virtual_platform::FullUsage mute_indicator{0x08, 0x09};
+    const int number = plug(headset("SN-1"));
+    pass();
+    constexpr int rounds = 20;
+    for (int round = 0; round < rounds; ++round) {
+        ASSERT_TRUE(select("host-SN-1"));
+        logger_->clear();
+        Gate gate;
+        hold_up_at("3rdPartyHeadsetPlugin: headset_plugin::device::set_mute_state: enter.\n", gate);
+        std::thread muting([this] { manager_->set_headset_mute_state(true); });
+        EXPECT_TRUE(held_up(gate));
+        std::thread deselecting([this] { manager_->deselect_device(); });
+        EXPECT_TRUE(logger_->wait_for(manager_line("deselect_device", "enter")));
+        std::thread([&] { gate.open(); }).join();
+        muting.join();
+        deselecting.join();
+        ASSERT_EQ(bus().indicator(number, mute_indicator), false) << round;
+    }
+    manager_->stop_tracking_thread();
+    EXPECT_TRUE(logger_->wait_for(shutting_down));
+}
+
 TEST_F(Matching, states_reach_the_active_headset_only) {
     const auto first = list("SN-1", "First");
     const auto second = list("SN-2", "Second");
@@ -196,6 +238,18 @@ TEST_F(Matching, the_active_id_is_the_hosts_own) {
     EXPECT_EQ(logger_->lines(), manager_lines("get_active_device_id", {"enter"}));
     manager_->remove_device(listed);
     EXPECT_STREQ(id, "host-SN-1");  // though its headset is gone
+}
+
+TEST_F(Matching, each_thread_keeps_the_id_that_it_got) {
+    list("SN-1", "First");
+    list("SN-2", "Second");
+    ASSERT_TRUE(select("host-SN-1"));
+    const char* const id = manager_->get_active_device_id();
+    std::thread([this] {
+        ASSERT_TRUE(select("host-SN-2"));
+        EXPECT_STREQ(manager_->get_active_device_id(), "host-SN-2");
+    }).join();
+    EXPECT_STREQ(id, "host-SN-1");
 }
 
 TEST_F(Matching, a_third_party_headset_has_no_model) {

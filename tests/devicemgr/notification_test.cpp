@@ -172,6 +172,32 @@ TEST_F(Notifications, the_message_thread_is_its_procedure) {
     EXPECT_TRUE(logger_->wait_for(closed));
 }
 
+TEST_F(Notifications, a_headset_that_is_plugged_during_the_first_pass_is_found_by_a_later_one) {
+    Gate gate;
+    hold_up_at(manager_line("enumerate_hid_device", "complete hid_enumerate() "), gate);
+    start_device_mgr(0);
+    ASSERT_TRUE(held_up(gate));
+    plug(headset("SN-1"));
+    gate.open();
+    wait_for_arrivals(2);
+    EXPECT_TRUE(set_audio_device("host-SN-1", "", ""));
+}
+
+TEST_F(Notifications, a_logger_that_throws_in_a_message_does_not_end_the_thread) {
+    start();
+    logger_->on_line([](const std::string& line) {
+        if (line == plugged_in) {
+            throw std::runtime_error("the host's logger failed");
+        }
+    });
+    plug_and_wait(headset("SN-1", "Test Headset", {telephony}));
+    logger_->on_line({});
+    EXPECT_EQ(passes(), 1U);
+    plug(headset("SN-2", "Test Headset", {telephony}));
+    wait_for_arrivals(2);
+    EXPECT_TRUE(set_audio_device("host-SN-2", "", ""));
+}
+
 // ---- the host's hook within a pass
 
 TEST_F(Notifications, a_hook_that_throws_ends_the_pass_and_not_the_thread) {

@@ -86,6 +86,28 @@ TEST_F(Removal, removing_one_headset_leaves_the_others) {
     EXPECT_EQ(manager_->connected_count(), 1U);
 }
 
+TEST_F(Removal, a_headset_that_was_active_and_is_removed_again_leaves_the_one_that_is_active_now) {
+    const auto first = list("SN-1", "First");
+    const auto second = list("SN-2", "Second");
+    ASSERT_TRUE(select("host-SN-1"));
+    manager_->remove_device(first);
+    ASSERT_TRUE(select("host-SN-2"));
+    manager_->remove_device(first);
+    EXPECT_EQ(manager_->active_device(), second);
+    EXPECT_EQ(manager_->find_device("SN-2"), second);
+}
+
+TEST_F(Removal, a_headset_that_was_listed_anew_stays_when_its_former_object_is_removed) {
+    const auto former = list("SN-1", "Headset");
+    manager_->remove_device(former);
+    const auto listed = list("SN-1", "Headset");
+    logger_->clear();
+    manager_->remove_device(former);
+    EXPECT_EQ(logger_->lines(), manager_lines("remove_device", {"enter"}));
+    EXPECT_EQ(manager_->find_device("SN-1"), listed);
+    EXPECT_EQ(manager_->connected_count(), 1U);
+}
+
 // ---- on the worker
 
 TEST_F(Removal, a_removal_by_serial_is_told_to_the_host_and_then_done) {

@@ -248,6 +248,30 @@ TEST_F(Retry, a_stop_while_a_pass_holds_the_lock_ends) {
     EXPECT_EQ(logger_->count(exit_line), 1U);
 }
 
+TEST_F(Retry, a_stop_wins_over_a_match_while_the_thread_waits_for_the_lock) {
+    // A stop can also come before the thread's look at the flag, which is no round of this test.
+    bool waited = false;
+    for (int round = 0; !waited && round < 1000; ++round) {
+        manager_ = std::make_shared<device_mgr>();
+        logger_->clear();
+        request();
+        plugin_control::set_device_availability_hook([this](int, int) {
+            tick();  // the thread comes to wait for the lock, which this pass holds
+            manager_->stop_tracking_thread();
+            return true;
+        });
+        plug(headset("SN-1", "Test Headset", {telephony}));
+        pass();
+        ASSERT_TRUE(logger_->wait_for(exit_line));
+        ASSERT_NE(manager_->find_device("SN-1"), nullptr);
+        waited = logger_->count(already_matched) == 0;
+        EXPECT_EQ(logger_->count(just_matched), 0U);
+        EXPECT_EQ(manager_->active_device(), nullptr);
+        bus().reset();
+    }
+    EXPECT_TRUE(waited);
+}
+
 TEST_F(Retry, a_stop_inside_a_pass_does_not_wait_for_the_thread) {
     plug(headset("SN-2"));
     request();
@@ -267,6 +291,24 @@ TEST_F(Retry, a_manager_that_is_let_go_while_the_thread_runs_ends_with_it) {
     EXPECT_FALSE(watched.expired());
     attempt(match_attempts);
     EXPECT_TRUE(test_support::eventually([&] { return watched.expired(); }));
+}
+
+TEST_F(Retry, a_stop_stops_the_headsets_as_their_serials_sort_and_joins_the_thread_then) {
+    request();
+    plug(headset("SN-2", "Test Headset", {telephony}));
+    pass();
+    plug(headset("SN-1", "Test Headset", {telephony}));
+    pass();
+    const auto opened = logger_->lines_with("set_device_handles: enter for device 0x24c9, led ");
+    ASSERT_EQ(opened.size(), 2U);
+    const auto cancel_line = [](const std::string& opened_line) {
+        const std::size_t number = opened_line.find(", led ") + std::string(", led ").size();
+        return "3rdPartyHeadsetPlugin: headset_plugin::device::stop_device_thread: cancel device handler IO [" +
+               opened_line.substr(number, opened_line.find(", upd") - number) + "] \n";
+    };
+    manager_->stop_tracking_thread();
+    EXPECT_TRUE(in_order(logger_->lines(), {cancel_line(opened[1]), cancel_line(opened[0]), joined,
+                                            manager_line("stop_tracking_thread", "done ")}));
 }
 
 TEST_F(Retry, a_stop_puts_every_listed_headset_to_a_stop) {

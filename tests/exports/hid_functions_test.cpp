@@ -38,6 +38,13 @@ Bytes unnumbered() {
                       output(constant)});
 }
 
+/// The same keys in the longest input report that full-speed USB moves at once.
+Bytes unnumbered_and_long() {
+    constexpr std::uint32_t rest_of_64_bytes = 64 * 8 - 1;
+    return telephony(
+        {usage(0x2F), input(variable | relative), report_count(rest_of_64_bytes), input(constant)});
+}
+
 class HidFunctions : public testing::Test {
   protected:
     void SetUp() override { open(numbered()); }
@@ -200,6 +207,19 @@ TEST_F(HidRead, fails_without_a_buffer) {
     EXPECT_EQ(hid_read_timeout(device_, nullptr, 4, 0), -1);
 }
 
+TEST_F(HidRead, of_no_length_fails_and_leaves_a_report_that_waits) {
+    for (const Bytes& descriptor : {numbered(), unnumbered()}) {
+        open(descriptor);
+        ASSERT_EQ(bus().set_key(headset_, phone_mute, true), "");
+        std::array<unsigned char, 4> report{};
+        EXPECT_EQ(hid_read(device_, report.data(), 0), -1);
+        expect_error(L"Zero length buffer");
+        EXPECT_EQ(hid_read_timeout(device_, report.data(), 0, 0), -1);
+        expect_error(L"Zero length buffer");
+        EXPECT_GT(hid_read_timeout(device_, report.data(), report.size(), 0), 0) << "the report is gone";
+    }
+}
+
 TEST_F(HidRead, fails_with_the_systems_reason_when_the_headset_is_pulled_out) {
     std::future<int> reading = read_elsewhere();
     ASSERT_EQ(bus().unplug(headset_), "");
@@ -266,6 +286,15 @@ TEST_F(HidWrite, of_feature_reports_fails_where_the_headset_has_none) {
     expect_error(L"HidD_GetFeature: The device has no feature reports.");
     EXPECT_EQ(hid_send_feature_report(device_, nullptr, 2), -1);
     EXPECT_EQ(hid_get_feature_report(device_, nullptr, 2), -1);
+}
+
+TEST_F(HidWrite, and_reading_of_feature_reports_need_room) {
+    Bytes report{0x02, 0x01};
+    EXPECT_EQ(hid_send_feature_report(device_, report.data(), 0), -1);
+    expect_error(L"Zero length buffer");
+    open(numbered());
+    EXPECT_EQ(hid_get_feature_report(device_, report.data(), 0), -1);
+    expect_error(L"Zero length buffer");
 }
 
 // ---- closing, and handles that are not open
@@ -485,6 +514,29 @@ TEST_F(HidExtensions, find_a_mute_key_in_what_a_read_gave_with_ids_and_without) 
         const int length = hid_read(device_, report.data(), report.size());
         ASSERT_GT(length, 0);
         EXPECT_EQ(hid_process_read(device_, report.data(), length), 1);
+    }
+}
+
+TEST_F(HidExtensions, find_a_mute_key_in_a_report_without_id_whether_its_0_is_there_or_not) {
+    struct Row {
+        Bytes report;
+        int result;
+    };
+    open(unnumbered());
+    for (const Row& row : {Row{{0x00, 0x01}, 1}, Row{{0x00, 0x00}, -1}, Row{{0x01}, 1}, Row{{0x00}, -1}}) {
+        EXPECT_EQ(hid_process_read(device_, row.report.data(), static_cast<std::int32_t>(row.report.size())),
+                  row.result)
+            << testing::PrintToString(row.report);
+    }
+}
+
+TEST_F(HidExtensions, find_a_mute_key_in_the_longest_report_without_id) {
+    open(unnumbered_and_long());
+    for (const bool pressed : {true, false}) {
+        ASSERT_EQ(bus().set_key(headset_, phone_mute, pressed), "");
+        std::array<unsigned char, 64> report{};
+        EXPECT_EQ(hid_read(device_, report.data(), report.size()), 64);
+        EXPECT_EQ(hid_process_read(device_, report.data(), 64), pressed ? 1 : -1);
     }
 }
 

@@ -254,6 +254,30 @@ TEST_F(DataEntries, are_refused_where_the_usage_lists_would_take_too_much_memory
     EXPECT_EQ(refusal(hostile), L"Internal error");
 }
 
+/// A headset with this many one-bit keys.
+Bytes keys(std::uint32_t count) {
+    Bytes bytes = telephony({});
+    Bytes usages;
+    for (std::uint16_t i = 1; i <= count; ++i) {
+        const Bytes one = descriptor({usage(i)});
+        usages.insert(usages.end(), one.begin(), one.end());
+    }
+    const Bytes item = descriptor({report_count(count), input(variable)});
+    usages.insert(usages.end(), item.begin(), item.end());
+    bytes.insert(bytes.end() - 1, usages.begin(), usages.end());
+    return bytes;
+}
+
+TEST_F(DataEntries, are_refused_past_16384_places_in_the_usage_lists_of_one_direction) {
+    // Every key's list has room for all of them.
+    EXPECT_NE(open(keys(128)), nullptr);
+    EXPECT_EQ(refusal(keys(129)), L"Internal error");
+    script_parser().max_usage_list_length = 64;
+    EXPECT_NE(open(keys(256)), nullptr);
+    parser_.max_usage_list_length = 65;
+    EXPECT_EQ(refusal(keys(256)), L"Internal error");
+}
+
 TEST_F(DataEntries, are_refused_for_values_that_take_no_room_in_the_report) {
     const auto values = [](std::uint32_t count) {
         return telephony({usage_minimum(1), usage_maximum(count), report_count(count), report_size(0),

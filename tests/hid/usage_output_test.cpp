@@ -142,6 +142,27 @@ TEST_F(UsageOutput, records_a_usage_at_the_own_index_of_its_entry) {
     EXPECT_EQ(log_->count(line("gen_led_event", "HidP_SetUsages index=6 num_usages=7 successfully")), 1U);
 }
 
+TEST_F(UsageOutput, that_stands_in_two_reports_belongs_to_the_first) {
+    const HidHandle handle = open(telephony({
+        report_id(4),
+        usage_page(led_page),
+        usage(0x17),
+        output(variable),  //
+        report_count(7),
+        output(constant),
+        report_count(1),  //
+        report_id(5),
+        usage(0x17),
+        output(variable),  //
+        report_count(7),
+        output(constant),
+    }));
+    ASSERT_EQ(handle->output_button_caps.size(), 2U);
+    EXPECT_EQ(set(handle, off_hook, 1), report({0x04, 0x01}));
+    EXPECT_EQ(recorded(handle, 0)[0], off_hook);
+    EXPECT_EQ(recorded(handle, 1), std::vector<USAGE>(recorded(handle, 1).size(), 0));
+}
+
 TEST_F(UsageOutput, gives_a_report_that_would_begin_with_0_its_id) {
     const HidHandle handle = open(one_led());
     EXPECT_EQ(set(handle, off_hook, 0), report({0x05, 0x00}));

@@ -42,7 +42,9 @@ TEST_F(BusTest, lists_only_what_has_the_wanted_ids_and_0_wants_any) {
 
 TEST_F(BusTest, leaves_out_texts_that_a_headset_does_not_have) {
     HeadsetDescription nameless = describe(game_voice);
-    nameless.manufacturer = nameless.product = nameless.serial = std::nullopt;
+    nameless.manufacturer.reset();
+    nameless.product.reset();
+    nameless.serial.reset();
     plug(nameless);
     const auto interfaces = bus_.enumerate(0, 0);
     ASSERT_EQ(interfaces.size(), 1U);

@@ -294,6 +294,16 @@ TEST_F(BusTest, answers_one_read_with_a_single_byte_when_told_to) {
     EXPECT_EQ(read(*opened).result.status, Status::timed_out) << "once only";
 }
 
+TEST_F(BusTest, answers_one_read_with_nothing_when_told_to) {
+    const int headset = plug(jabra);
+    const auto opened = open();
+    EXPECT_EQ(bus_.misbehave(headset, Fault::read_zero_bytes), "");
+    const Read nothing = read(*opened);
+    EXPECT_EQ(nothing.result.status, Status::done);
+    EXPECT_EQ(nothing.report, Bytes{});
+    EXPECT_EQ(read(*opened).result.status, Status::timed_out) << "once only";
+}
+
 TEST_F(BusTest, fails_reads_of_every_opening_and_keeps_a_fault_of_another_kind) {
     const int headset = plug(jabra);
     const auto telephony = open(telephony_page);

@@ -16,6 +16,7 @@ class VirtualPlatformTest : public testing::Test {
         virtual_platform().bus().reset();
         virtual_platform().virtual_clock().go();
         virtual_platform().set_parser(nullptr);
+        virtual_platform().set_windows(nullptr);
     }
 };
 
@@ -100,6 +101,14 @@ TEST_F(VirtualPlatformTest, takes_another_parser_and_its_own_again) {
     EXPECT_EQ(&platform::current().parser(), &other);
     virtual_platform().set_parser(nullptr);
     EXPECT_EQ(&platform::current().parser(), &platform::hidp::parser());
+}
+
+TEST_F(VirtualPlatformTest, takes_other_windows_and_its_own_again) {
+    platform::common::QueuedMessageWindows other;
+    virtual_platform().set_windows(&other);
+    EXPECT_EQ(&platform::current().windows(), &other);
+    virtual_platform().set_windows(nullptr);
+    EXPECT_EQ(&platform::current().windows(), &virtual_platform().virtual_windows());
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The call-control side: what each of the host's call events logs, records and shows.
 
 #include <functional>
+#include <stdexcept>
 #include <thread>
 
 #include "devicemgr/device_mgr_api.h"
@@ -60,6 +61,11 @@ TEST_F(CallControl, a_created_call_is_logged_and_nothing_else) {
     EXPECT_EQ(logger_->count(manager_line("createCall", "cid=, call direction=-1")), 1U);
     control_->mute("", "12");
     EXPECT_EQ(driver_->take_shown(), Lines()) << "the created call counts";
+}
+
+TEST_F(CallControl, an_event_lets_out_what_the_logger_throws) {
+    logger_->on_line([](const std::string&) { throw std::runtime_error("the log is full"); });
+    EXPECT_THROW(control_->createCall("", "12", 2), std::runtime_error);
 }
 
 TEST_F(CallControl, a_ringing_call_shows_alerting) {
@@ -391,16 +397,19 @@ TEST_F(CallControl, every_refused_operation_works_while_the_plugin_runs) {
 
 TEST_F(CallControl, a_stopped_plugin_refuses_events_without_a_line_while_it_still_has_its_logger) {
     for (const Operation& operation : refused_operations) {
+        bool ran = false;
         Lines manager_lines_inside;
         logger_->on_line([&](const std::string& logged) {
             if (logged == line("stop_device_mgr", "completed")) {
                 logger_->clear();
                 operation.call(*control_);
                 manager_lines_inside = manager_lines();
+                ran = true;
             }
         });
         stopPluginControl();
         logger_->on_line({});
+        EXPECT_TRUE(ran) << operation.name;
         EXPECT_EQ(manager_lines_inside, Lines()) << operation.name;
         start();
     }

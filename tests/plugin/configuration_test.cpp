@@ -1,7 +1,10 @@
 // The configuration side: the model question, do-not-disturb, the availability hook, the listener, and fixed
 // answers.
 
+#include <array>
 #include <atomic>
+#include <pthread.h>
+#include <set>
 #include <stdexcept>
 
 #include "devicemgr/device_mgr_api.h"
@@ -156,6 +159,20 @@ TEST_F(Configuration, a_hook_that_refuses_keeps_the_headset_out) {
     EXPECT_EQ(product_id, 0x24C9);
     EXPECT_EQ(logger_->lines_with("create device"), Lines());
     EXPECT_FALSE(choose(headset));
+    stopPluginControl();  // the hook refers to this test
+}
+
+TEST_F(Configuration, a_hook_is_asked_on_the_message_thread) {
+    Recording threads;
+    config_->registerDeviceAvailabilityHook([&](int, int) {
+        std::array<char, 16> name{};
+        pthread_getname_np(pthread_self(), name.data(), name.size());
+        threads.add(name.data());
+        return true;
+    });
+    plug();
+    const Lines names = threads.texts();
+    EXPECT_EQ(std::set(names.begin(), names.end()), std::set<std::string>{"orvex-message"});
     stopPluginControl();  // the hook refers to this test
 }
 

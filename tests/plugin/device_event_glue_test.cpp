@@ -1,9 +1,11 @@
 // Headsets that become ready or go away, on their way to the host and to the calls.
 
+#include <csignal>
 #include <stdexcept>
 
 #include "device/device_events.h"
 #include "devicemgr/device_mgr_events.h"
+#include "plugin/base/headset_types.h"
 #include "plugin/plugin_manager.h"
 #include "tests/plugin/plugin_host.h"
 #include "tests/plugin/recording_driver.h"
@@ -38,8 +40,11 @@ TEST_F(DeviceEvents, a_ready_headset_is_told_to_the_listener_before_it_is_brough
     control_->setCallControlListener(listener_);
     listener_->clear();
     logger_->clear();
+    Lines lines_inside;
+    listener_->on_call([&](const std::string&) { lines_inside = logger_->lines_with("on_headset_ready"); });
     report_ready();
     EXPECT_EQ(listener_->calls(), Lines{"onActiveDeviceNotify(host id, 0001, abcd, vendor, name, serial)"});
+    EXPECT_EQ(lines_inside, (Lines{bare_line(ready), line(ready, "onActiveDeviceNotify")}));
     EXPECT_TRUE(in_order(
         logger_->lines(),
         {bare_line(ready), line(ready, "onActiveDeviceNotify"), line(ready, "initHeadset"), init_line,
@@ -137,9 +142,11 @@ TEST_F(DeviceEvents, the_host_learns_what_is_known_of_the_headset) {
     const int headset = plug("sennheiser-sc-660");
     activate(headset);
     unplug(headset);
-    const std::string description = "(" + host_id(headset) +
-                                    ", 1395, 0082, Sennheiser, Sennheiser SC 660 ANC USB, " +
-                                    serial(headset) + ")";
+    std::string description = "(";
+    description.append(host_id(headset))
+        .append(", 1395, 0082, Sennheiser, Sennheiser SC 660 ANC USB, ")
+        .append(serial(headset))
+        .append(")");
     EXPECT_EQ(listener_->calls(), (Lines{"onListenerAttached()", "onActiveDeviceNotify" + description,
                                          "onDeviceRemovedNotify" + description}));
 }
@@ -169,8 +176,13 @@ TEST_F(DeviceEvents, a_removed_headset_without_a_listener_gives_one_line_and_cha
 TEST_F(DeviceEvents, a_removed_headset_is_told_to_the_listener_as_it_was_described) {
     control_->setCallControlListener(listener_);
     listener_->clear();
+    std::size_t logged_before = 0;
+    listener_->on_call([&](const std::string&) {
+        logged_before = logger_->count(line(removed, "device: serial [serial]"));
+    });
     report_removed();
     EXPECT_EQ(listener_->calls(), Lines{"onDeviceRemovedNotify(host id, 0001, abcd, vendor, name, serial)"});
+    EXPECT_EQ(logged_before, 1U);
 }
 
 TEST_F(DeviceEvents, an_asked_for_state_is_logged_and_never_sent) {
@@ -229,6 +241,62 @@ TEST_F(DeviceEvents, a_listener_may_throw_anything) {
     EXPECT_EQ(logger_->count(init_line), 1U);
 }
 
+TEST_F(DeviceEvents, a_manager_that_a_listener_replaces_brings_no_headset_into_step) {
+    control_->setCallControlListener(listener_);
+    const int headset = plug();
+    Lines shown_inside;
+    listener_->on_call([&](const std::string&) {
+        stopPluginControl();
+        start();
+        EXPECT_TRUE(choose(headset));
+        driver_->take_shown();
+        control_->connectCall("", "1");
+        shown_inside = driver_->take_shown();
+        logger_->clear();
+    });
+    report_ready();
+    EXPECT_EQ(shown_inside, Lines{"state 2"});
+    EXPECT_EQ(logger_->lines_with("initHeadset"), Lines());
+    EXPECT_EQ(driver_->take_shown(), Lines()) << "the old manager has no calls to show";
+    let_ready();
+    EXPECT_EQ(driver_->take_shown(), (Lines{"state 2", "unmuted"}));
+}
+
+struct Event {
+    const char* listener_operation;
+    void (*happen)();
+};
+
+/// What is told to a listener, on its way through the manager.
+const Event events[] = {
+    {"onActiveDeviceNotify", [] { on_headset_ready("host id", 1, 2, "vendor", "name", "serial"); }},
+    {"onDeviceRemovedNotify",
+     [] { headset_plugin::onDeviceRemoved("host id", 1, 2, "vendor", "name", "serial"); }},
+    {"onEndCall", [] { onHeadsetKeyEvent(headset_plugin::HEADSET_KEY_END_CALL, "serial"); }},
+};
+
+TEST_F(DeviceEvents, an_event_keeps_its_manager_until_the_listener_that_stops_the_plugin_returns) {
+    for (const Event& event : events) {
+        start_with_listeners();
+        control_->connectCall("", "1");
+        control_.reset();
+        config_.reset();
+        const std::weak_ptr<PluginManager> watched = plugin_manager();
+        bool alive_inside = false;
+        listener_->on_call([&](const std::string& call) {
+            if (call.starts_with(event.listener_operation)) {
+                stopPluginControl();
+                EXPECT_TRUE(wait_for_plugin_threads_to_end())
+                    << "one may still have a share for its last line";
+                alive_inside = !watched.expired();
+            }
+        });
+        event.happen();
+        EXPECT_TRUE(alive_inside) << event.listener_operation;
+        EXPECT_TRUE(watched.expired()) << event.listener_operation;
+    }
+}
+
 TEST_F(DeviceEvents, a_headset_that_is_stopped_before_it_is_ready_is_never_reported) {
     control_->setCallControlListener(listener_);
     const int headset = plug();
@@ -237,6 +305,29 @@ TEST_F(DeviceEvents, a_headset_that_is_stopped_before_it_is_ready_is_never_repor
     stopPluginControl();
     virtual_clock().advance(headset_plugin::inventory_delay);
     EXPECT_EQ(listener_->calls(), Lines{"onListenerAttached()"});
+}
+
+class DeviceEventsDeathTest : public DeviceEvents {
+  protected:
+    void SetUp() override {
+        GTEST_FLAG_SET(death_test_style, "threadsafe");
+        DeviceEvents::SetUp();
+    }
+
+    /// The logger throws at the first line of a headset that became ready.
+    void throw_on_the_worker() {
+        const int headset = plug();
+        logger_->on_line([](const std::string& logged) {
+            if (logged == bare_line(ready)) {
+                throw std::runtime_error("the log is full");
+            }
+        });
+        activate(headset);
+    }
+};
+
+TEST_F(DeviceEventsDeathTest, a_logger_that_throws_on_the_worker_ends_the_process) {
+    EXPECT_EXIT(throw_on_the_worker(), ::testing::KilledBySignal(SIGABRT), "the log is full");
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 // The factories, the facades, stop, and which manager an interface belongs to.
 
+#include <stdexcept>
+
 #include "devicemgr/device_mgr_api.h"
 #include "devicemgr/message_thread.h"
 #include "plugin/base/plugin_log.h"
@@ -155,9 +157,11 @@ TEST_F(EntryPoints, a_facade_without_a_living_logger_gives_null_and_starts_nothi
 
 TEST_F(EntryPoints, a_facade_refuses_an_expired_logger_even_while_the_plugin_runs) {
     start();
+    logger_->clear();
     std::weak_ptr<IPluginLogger> expired = std::make_shared<RecordingLogger>();
     EXPECT_EQ(createPluginControlFacade(&expired), nullptr);
     EXPECT_EQ(createPluginConfigFacade(&expired), nullptr);
+    EXPECT_EQ(logger_->lines_with("createPlugin"), Lines()) << "a factory was called";
 }
 
 // ---- stop
@@ -200,6 +204,44 @@ TEST_F(EntryPoints, the_stop_flag_is_set_before_the_device_manager_stops) {
     EXPECT_TRUE(manager_there);
 }
 
+/// A host whose logger throws while the plug-in stops.
+class FailingStop : public EntryPoints {
+  protected:
+    void SetUp() override {
+        EntryPoints::SetUp();
+        start();
+        logger_->on_line([](const std::string& logged) {
+            if (logged == line("stop_device_mgr", "enter")) {
+                throw std::runtime_error("the log is full");
+            }
+        });
+    }
+
+    void expect_a_start_to_give_a_working_plugin() {
+        logger_->on_line({});
+        EXPECT_TRUE(is_plugin_stopped());
+        EXPECT_EQ(plugin_manager(), nullptr);
+        const auto old_control = control_;
+        start_with_listeners();
+        EXPECT_NE(control_, old_control);
+        EXPECT_FALSE(is_plugin_stopped());
+        control_->createCall("", "41", 1);
+        EXPECT_EQ(logger_->count(manager_line("createCall", "cid=41, call direction=1")), 1U);
+        plug_active();
+        EXPECT_EQ(listener_->calls().size(), 2U) << "attached and ready";
+    }
+};
+
+TEST_F(FailingStop, lets_the_exception_out_and_the_next_start_work) {
+    EXPECT_THROW(stopPluginControl(), std::runtime_error);
+    expect_a_start_to_give_a_working_plugin();
+}
+
+TEST_F(FailingStop, of_a_facade_lets_nothing_out_and_the_next_start_work) {
+    EXPECT_NO_THROW(stopPluginControlFacade());
+    expect_a_start_to_give_a_working_plugin();
+}
+
 TEST_F(EntryPoints, stop_without_a_start_sets_the_stop_flag_all_the_same) {
     start();
     EXPECT_FALSE(is_plugin_stopped());
@@ -237,14 +279,18 @@ TEST_F(EntryPoints, the_manager_dies_with_the_last_copy_that_the_host_kept_over_
 
 TEST_F(EntryPoints, dropping_an_old_manager_leaves_the_new_one_alone) {
     start();
-    const auto old_control = control_;
+    auto old_control = control_;
+    const std::weak_ptr<IPluginCallControlCallback> watched = old_control;
     stopPluginControl();
     start_with_listeners();
     EXPECT_NE(control_, old_control);
-    const std::weak_ptr<IPluginCallControlCallback> watched = old_control;
-    plug_active();
-    EXPECT_FALSE(watched.expired());
+    old_control.reset();
+    EXPECT_TRUE(eventually([&] { return watched.expired(); }));
+    const int headset = plug_active();
     EXPECT_EQ(listener_->calls().size(), 2U) << "attached and ready";
+    control_->connectCall("", "41");
+    EXPECT_EQ(orvex_virtual_press(headset, 0x0B, 0x2F), 0) << orvex_virtual_error();
+    EXPECT_TRUE(listener_->wait_for("onMuteCall(" + host_id(headset) + ", 41, true)"));
 }
 
 TEST_F(EntryPoints, a_start_after_stop_makes_a_new_running_manager_with_its_own_logger) {
@@ -274,7 +320,7 @@ TEST_F(EntryPoints, an_interface_kept_from_before_stop_answers_again_after_the_n
     EXPECT_TRUE(old_control->setAudioDevice(host_id(headset), "", ""));
 }
 
-TEST_F(EntryPoints, stop_keeps_listeners_hook_and_key_receiver) {
+TEST_F(EntryPoints, stop_keeps_listeners_and_hook) {
     start_with_listeners();
     const auto old_control = control_;
     config_->registerDeviceAvailabilityHook([](int, int) { return false; });

@@ -1,5 +1,8 @@
 // Keys on their way from the headset's input report to the host's listeners.
 
+#include <iterator>
+#include <optional>
+#include <ostream>
 #include <stdexcept>
 
 #include "callstate/call_action.h"
@@ -155,14 +158,20 @@ TEST_F(KeyDispatch, no_key_changes_what_the_headset_shows_or_which_calls_there_a
 
 TEST_F(KeyDispatch, without_a_call_listener_every_action_is_logged_and_dropped) {
     control_->setCallControlListener(nullptr);
-    const std::int32_t keys[] = {HEADSET_KEY_MUTE, HEADSET_KEY_END_CALL, HEADSET_KEY_4, HEADSET_KEY_16,
-                                 HEADSET_KEY_LOGITECH_8};
+    control_->incomingCall("", "41", true);
+    press(HEADSET_KEY_HOOK);
+    press(HEADSET_KEY_LOGITECH_8);
+    EXPECT_EQ(key_lines(),
+              (Lines{code_line(2), action_line("Answer"), code_line(8), action_line("RejectCall")}));
+    logger_->clear();
     control_->connectCall("", "41");
-    for (const std::int32_t key : keys) {
+    for (const std::int32_t key :
+         {HEADSET_KEY_MUTE, HEADSET_KEY_MUTE, HEADSET_KEY_END_CALL, HEADSET_KEY_4, HEADSET_KEY_16}) {
         press(key);
     }
-    EXPECT_EQ(key_lines(), (Lines{code_line(1), action_line("muteCall"), code_line(0), action_line("EndCall"),
-                                  code_line(4), action_line("HoldCall"), code_line(16), code_line(8)}));
+    EXPECT_EQ(key_lines(), (Lines{code_line(1), action_line("muteCall"), code_line(1),
+                                  action_line("unmuteCall"), code_line(0), action_line("EndCall"),
+                                  code_line(4), action_line("HoldCall"), code_line(16)}));
     EXPECT_EQ(listener_->calls(), Lines());
 }
 
@@ -269,22 +278,89 @@ TEST_F(KeyDispatch, a_listener_that_throws_gets_its_headset_closed) {
     EXPECT_EQ(listener_->calls(), (Lines{"onEndCall(" + host_id(headset_) + ", 41)", removed}));
 }
 
-// ---- actions and their words
+// ---- another thread of the host meanwhile
 
-struct ActionWord {
-    std::uint32_t action;
-    const char* word;
+/// An operation of a listener, and the key that leads to it; without one, a headset that becomes ready does.
+struct HeldUpCallback {
+    const char* operation;
+    std::optional<std::int32_t> key;
 };
 
-constexpr ActionWord action_words[] = {
-    {0, "Ignore"},     {1, "Answer"},    {2, "EndCall"},    {3, "HoldCall"},        {4, "ResumeCall"},
-    {5, "RejectCall"}, {6, "muteCall"},  {7, "unmuteCall"}, {8, "NewCall"},         {9, "Redial"},
-    {10, "Dial"},      {11, "JoinCall"}, {12, "Ignore"},    {0xFFFFFFFF, "Ignore"},
-};
+std::ostream& operator<<(std::ostream& out, const HeldUpCallback& row) {
+    return out << row.operation;
+}
 
-TEST(ActionWords, are_those_of_the_table_and_ignore_for_any_other) {
-    for (const ActionWord& row : action_words) {
-        EXPECT_STREQ(to_string(static_cast<CallAction>(row.action)), row.word);
+class DuringCallback : public KeyDispatch, public ::testing::WithParamInterface<HeldUpCallback> {};
+
+INSTANTIATE_TEST_SUITE_P(Operations, DuringCallback,
+                         ::testing::Values(HeldUpCallback{"onAnswer", HEADSET_KEY_HOOK},
+                                           HeldUpCallback{"onMuteCall", HEADSET_KEY_MUTE},
+                                           HeldUpCallback{"onRejectCall", HEADSET_KEY_LOGITECH_8},
+                                           HeldUpCallback{"onFunctionKey", HEADSET_KEY_16},
+                                           HeldUpCallback{"onConfigKey", HEADSET_KEY_32},
+                                           HeldUpCallback{"onActiveDeviceNotify", std::nullopt}),
+                         [](const auto& row) { return std::string(row.param.operation); });
+
+TEST_P(DuringCallback, another_thread_may_change_the_device_and_the_calls) {
+    control_->connectCall("", "42");
+    control_->incomingCall("", "41", true);
+    std::future<void> other_thread;  // joined when no callback waits for it any more
+    std::promise<std::future_status> other_thread_done;
+    listener_->on_call([&](const std::string& call) {
+        if (call.starts_with(GetParam().operation)) {
+            other_thread = std::async(std::launch::async, [&] {
+                control_->setAudioDevice("none", "", "");
+                control_->callStateSync("", {}, 0);
+            });
+            other_thread_done.set_value(other_thread.wait_for(patience));
+        }
+    });
+    if (GetParam().key) {
+        send(*GetParam().key);
+    } else {
+        activate(headset_);
+    }
+    std::future<std::future_status> done = other_thread_done.get_future();
+    ASSERT_EQ(done.wait_for(2 * patience), std::future_status::ready) << "the operation was not called";
+    EXPECT_EQ(done.get(), std::future_status::ready);
+}
+
+// ---- actions and operations
+
+/// The listener's operation for each action, by the action's number; none for a key that means nothing, for
+/// what the host has no operation for, and for a number that is no action.
+constexpr const char* operations[] = {"",
+                                      "onAnswer",
+                                      "onEndCall",
+                                      "onHoldCall",
+                                      "onResumeCall",
+                                      "onRejectCall",
+                                      "onMuteCall",
+                                      "onUnmuteCall",
+                                      "",
+                                      "",
+                                      "",
+                                      "",
+                                      ""};
+
+TEST(SendAction, reaches_its_own_operation_with_device_call_and_mute_flag_or_none) {
+    for (std::size_t number = 0; number < std::size(operations); ++number) {
+        const std::string operation = operations[number];
+        const auto action = static_cast<CallAction>(number);
+        const bool is_mute = action == CallAction::mute_call || action == CallAction::unmute_call;
+        for (const bool muted : {false, true}) {
+            RecordingListener listener;
+            int asked = 0;
+            send_action(listener, action, "device", "41", [&] {
+                ++asked;
+                return muted;
+            });
+            const std::string flag = !is_mute ? "" : muted ? ", true" : ", false";
+            EXPECT_EQ(listener.calls(),
+                      operation.empty() ? Lines() : Lines{operation + "(device, 41" + flag + ")"})
+                << number;
+            EXPECT_EQ(asked, is_mute ? 1 : 0) << number;
+        }
     }
 }
 

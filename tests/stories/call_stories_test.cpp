@@ -141,6 +141,20 @@ TEST_P(CallStory, the_hook_switch_is_no_key_of_the_standard_dialect) {
     EXPECT_EQ(take_shown(headset), Lines());
 }
 
+TEST_P(CallStory, the_hook_switch_has_the_indicators_of_a_call_sent_again_at_press_and_release) {
+    const int headset = plug_active(row().model);
+    control_->connectCall("", "1");
+    listener_->clear();
+    take_shown(headset);
+    press(headset, hook_switch_key);
+    EXPECT_EQ(take_shown(headset), reports({row().in_use, row().in_use}));
+    control_->mute("", "1");
+    take_shown(headset);
+    press(headset, hook_switch_key);
+    EXPECT_EQ(take_shown(headset), reports({row().in_use_muted, row().in_use_muted}));
+    EXPECT_EQ(listener_->calls(), Lines());
+}
+
 TEST_P(CallStory,
        a_headset_that_is_unplugged_in_a_call_is_gone_for_the_host_and_shows_the_call_when_it_is_back) {
     const int headset = plug_active(row().model);

@@ -1,14 +1,11 @@
 // A host's listeners that keep what they are told.
 #pragma once
 
-#include <condition_variable>
-#include <functional>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "orvex/headset_plugin.h"
-#include "tests/support/recording_logger.h"
+#include "tests/support/recording.h"
 
 namespace test_support {
 
@@ -38,21 +35,18 @@ class RecordingListener final : public plugin_control::IPluginCallControlListene
     void onFunctionKey(const std::string& device_id, const std::string& cid) override;
     void onConfigKey(bool pressed) override;
 
-    std::vector<std::string> calls() const;
-    void clear();
+    std::vector<std::string> calls() const { return calls_.texts(); }
+    void clear() { calls_.clear(); }
     /// Waits for a call (since the last clear). False when `patience` is over.
-    bool wait_for(const std::string& call) const;
-    bool wait_for_count(const std::string& call, std::size_t count) const;
-    /// Called, outside the lock, with every call; it may throw.
-    void on_call(std::function<void(const std::string&)> action);
+    bool wait_for(const std::string& call) const { return calls_.wait_for(call); }
+    bool wait_for_count(const std::string& call, std::size_t count) const {
+        return calls_.wait_for_count(call, count);
+    }
+    /// Called, outside any lock, with every call; it may throw.
+    void on_call(Recording::Action action) { calls_.on_text(std::move(action)); }
 
   private:
-    void record(const std::string& call);
-
-    mutable std::mutex mutex_;
-    mutable std::condition_variable changed_;
-    std::vector<std::string> calls_;
-    std::function<void(const std::string&)> action_;
+    Recording calls_;
 };
 
 }  // namespace test_support

@@ -6,24 +6,11 @@
 namespace test_support {
 
 void RecordingLogger::log(const std::string& message, int level) {
-    std::function<void(const std::string&)> action;
-    {
+    if (level != 2) {
         std::lock_guard lock(mutex_);
-        lines_.push_back(message);
-        if (level != 2) {
-            odd_levels_.push_back(level);
-        }
-        action = action_;
+        odd_levels_.push_back(level);
     }
-    changed_.notify_all();
-    if (action) {
-        action(message);
-    }
-}
-
-std::vector<std::string> RecordingLogger::lines() const {
-    std::lock_guard lock(mutex_);
-    return lines_;
+    lines_.add(message);
 }
 
 std::vector<std::string> RecordingLogger::lines_with(const std::string& text) const {
@@ -32,35 +19,9 @@ std::vector<std::string> RecordingLogger::lines_with(const std::string& text) co
     return found;
 }
 
-std::size_t RecordingLogger::count(const std::string& line) const {
-    std::lock_guard lock(mutex_);
-    return static_cast<std::size_t>(std::count(lines_.begin(), lines_.end(), line));
-}
-
-void RecordingLogger::clear() {
-    std::lock_guard lock(mutex_);
-    lines_.clear();
-}
-
-bool RecordingLogger::wait_for(const std::string& line) const {
-    return wait_for_count(line, 1);
-}
-
-bool RecordingLogger::wait_for_count(const std::string& line, std::size_t count) const {
-    std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, patience, [&] {
-        return static_cast<std::size_t>(std::count(lines_.begin(), lines_.end(), line)) >= count;
-    });
-}
-
 std::vector<int> RecordingLogger::odd_levels() const {
     std::lock_guard lock(mutex_);
     return odd_levels_;
-}
-
-void RecordingLogger::on_line(std::function<void(const std::string&)> action) {
-    std::lock_guard lock(mutex_);
-    action_ = std::move(action);
 }
 
 ::testing::AssertionResult in_order(const std::vector<std::string>& lines,

@@ -2,9 +2,6 @@
 // behaviour.
 #pragma once
 
-#include <atomic>
-#include <chrono>
-#include <condition_variable>
 #include <functional>
 #include <gtest/gtest.h>
 #include <mutex>
@@ -12,37 +9,35 @@
 #include <vector>
 
 #include "orvex/headset_plugin.h"
+#include "tests/support/recording.h"
 
 namespace test_support {
-
-/// How long a test waits for what is about to happen on another thread; generous, for sanitizers on busy
-/// machines.
-inline constexpr std::chrono::seconds patience{20};
 
 /// Thread: any.
 class RecordingLogger final : public plugin_control::IPluginLogger {
   public:
     void log(const std::string& message, int level) override;
 
-    std::vector<std::string> lines() const;
+    std::vector<std::string> lines() const { return lines_.texts(); }
     /// The lines that contain `text`, in order.
     std::vector<std::string> lines_with(const std::string& text) const;
-    std::size_t count(const std::string& line) const;  ///< lines equal to `line`
-    void clear();
+    /// The lines equal to `line`.
+    std::size_t count(const std::string& line) const { return lines_.count(line); }
+    void clear() { lines_.clear(); }
     /// Waits for a line equal to `line` (since the last clear). False when `patience` is over.
-    bool wait_for(const std::string& line) const;
-    bool wait_for_count(const std::string& line, std::size_t count) const;
+    bool wait_for(const std::string& line) const { return lines_.wait_for(line); }
+    bool wait_for_count(const std::string& line, std::size_t count) const {
+        return lines_.wait_for_count(line, count);
+    }
     /// The levels that lines came with, other than 2; must stay empty.
     std::vector<int> odd_levels() const;
-    /// Called, outside the lock, for every line; to do something at that very moment.
-    void on_line(std::function<void(const std::string&)> action);
+    /// Called, outside any lock, for every line; to do something at that very moment. It may throw.
+    void on_line(Recording::Action action) { lines_.on_text(std::move(action)); }
 
   private:
+    Recording lines_;
     mutable std::mutex mutex_;
-    mutable std::condition_variable changed_;
-    std::vector<std::string> lines_;
     std::vector<int> odd_levels_;
-    std::function<void(const std::string&)> action_;
 };
 
 /// Succeeds when `wanted` occur in `lines` one after the other, other lines between them allowed.

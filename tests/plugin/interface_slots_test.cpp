@@ -1,0 +1,103 @@
+// The places of the operations in the interfaces between host and plug-in, which are compiled apart: an
+// operation that moves would have the other side call its neighbour.
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <gtest/gtest.h>
+
+#include "orvex/headset_plugin.h"
+
+namespace {
+
+using namespace plugin_control;
+
+/// A pointer to a member function (Itanium C++ ABI, 2.3). For a virtual one `pointer` is 1 plus its offset in
+/// the virtual table, in bytes.
+struct MemberPointer {
+    std::uintptr_t pointer;
+    std::ptrdiff_t adjustment;
+};
+
+template <typename Operation>
+std::uintptr_t slot_of(Operation operation) {
+    static_assert(sizeof(Operation) == sizeof(MemberPointer));
+    return (std::bit_cast<MemberPointer>(operation).pointer - 1) / sizeof(void*);
+}
+
+struct Row {
+    std::uintptr_t slot;
+    std::uintptr_t expected;
+    const char* name;
+};
+
+using Logger = IPluginLogger;
+using CallListener = IPluginCallControlListener;
+using ConfigListener = IPluginConfigListener;
+using CallControl = IPluginCallControlCallback;
+using Config = IPluginConfigCallback;
+
+// The destructor, declared first, has the slots 0 and 1 (Itanium C++ ABI, 2.5.2).
+const Row rows[] = {
+    {slot_of(&Logger::log), 2, "log"},
+
+    {slot_of(&CallListener::onAnswer), 2, "onAnswer"},
+    {slot_of(&CallListener::onEndCall), 3, "onEndCall"},
+    {slot_of(&CallListener::onHoldCall), 4, "onHoldCall"},
+    {slot_of(&CallListener::onResumeCall), 5, "onResumeCall"},
+    {slot_of(&CallListener::onRejectCall), 6, "onRejectCall"},
+    {slot_of(&CallListener::onMuteCall), 7, "onMuteCall"},
+    {slot_of(&CallListener::onUnmuteCall), 8, "onUnmuteCall"},
+    {slot_of(&CallListener::onListenerAttached), 9, "onListenerAttached"},
+    {slot_of(&CallListener::onActiveDeviceNotify), 10, "onActiveDeviceNotify"},
+    {slot_of(&CallListener::onDeviceRemovedNotify), 11, "onDeviceRemovedNotify"},
+    {slot_of(&CallListener::reservedListener11), 12, "reservedListener11"},
+    {slot_of(&CallListener::reservedListener12), 13, "reservedListener12"},
+    {slot_of(&CallListener::reservedListener13), 14, "reservedListener13"},
+    {slot_of(&CallListener::onFunctionKey), 15, "onFunctionKey"},
+
+    {slot_of(&ConfigListener::onConfigKey), 2, "onConfigKey"},
+
+    {slot_of(&CallControl::setAudioDevice), 2, "setAudioDevice"},
+    {slot_of(&CallControl::reservedCallControl2), 3, "reservedCallControl2"},
+    {slot_of(&CallControl::reservedCallControl3), 4, "reservedCallControl3"},
+    {slot_of(&CallControl::mute), 5, "mute"},
+    {slot_of(&CallControl::unmute), 6, "unmute"},
+    {slot_of(&CallControl::createCall), 7, "createCall"},
+    {slot_of(&CallControl::incomingCall), 8, "incomingCall"},
+    {slot_of(&CallControl::ringbackCall), 9, "ringbackCall"},
+    {slot_of(&CallControl::connectCall), 10, "connectCall"},
+    {slot_of(&CallControl::holdCall), 11, "holdCall"},
+    {slot_of(&CallControl::resumeCall), 12, "resumeCall"},
+    {slot_of(&CallControl::endCall), 13, "endCall"},
+    {slot_of(&CallControl::reservedCallControl13), 14, "reservedCallControl13"},
+    {slot_of(&CallControl::callStateSync), 15, "callStateSync"},
+    {slot_of(&CallControl::setCallControlListener), 16, "setCallControlListener"},
+    {slot_of(&CallControl::getCallControlListener), 17, "getCallControlListener"},
+
+    {slot_of(&Config::reservedConfig1), 2, "reservedConfig1"},
+    {slot_of(&Config::reservedConfig2), 3, "reservedConfig2"},
+    {slot_of(&Config::reservedConfig3), 4, "reservedConfig3"},
+    {slot_of(&Config::reservedConfig4), 5, "reservedConfig4"},
+    {slot_of(&Config::getHeadsetModel), 6, "getHeadsetModel"},
+    {slot_of(&Config::reservedConfig6), 7, "reservedConfig6"},
+    {slot_of(&Config::reservedConfig7), 8, "reservedConfig7"},
+    {slot_of(&Config::setDoNotDisturb), 9, "setDoNotDisturb"},
+    {slot_of(&Config::reservedConfig9), 10, "reservedConfig9"},
+    {slot_of(&Config::reservedConfig10), 11, "reservedConfig10"},
+    {slot_of(&Config::reservedConfig11), 12, "reservedConfig11"},
+    {slot_of(&Config::reservedConfig12), 13, "reservedConfig12"},
+    {slot_of(&Config::registerDeviceAvailabilityHook), 14, "registerDeviceAvailabilityHook"},
+    {slot_of(&Config::setConfigListener), 15, "setConfigListener"},
+    {slot_of(&Config::getConfigListener), 16, "getConfigListener"},
+    {slot_of(&Config::reservedConfig16), 17, "reservedConfig16"},
+    {slot_of(&Config::reservedConfig17), 18, "reservedConfig17"},
+};
+
+TEST(InterfaceSlots, are_those_that_a_compiled_host_calls) {
+    for (const Row& row : rows) {
+        EXPECT_EQ(row.slot, row.expected) << row.name;
+    }
+}
+
+}  // namespace
