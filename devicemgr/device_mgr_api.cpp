@@ -35,6 +35,13 @@ std::shared_ptr<device_mgr> enter(const char* function) {
     return ready_manager(function);
 }
 
+/// The window of this manager's message thread, or the one that is left over when the manager is gone; null
+/// when another thread has started the next manager meanwhile.
+platform::WindowHandle window_of(const std::shared_ptr<device_mgr>& manager) {
+    const auto window = plugin_control::settled_message_window();
+    return g_device_mgr().get() == manager ? window : nullptr;
+}
+
 }  // namespace
 
 void start_device_mgr(std::uint32_t /*unused*/) {
@@ -53,12 +60,14 @@ void start_device_mgr(std::uint32_t /*unused*/) {
 void stop_device_mgr() {
     static constexpr const char* function = "stop_device_mgr";
     plugin_log("3rdPartyHeadsetPlugin: %s: enter\n", function);
-    if (const auto manager = g_device_mgr().get()) {
+    const auto manager = g_device_mgr().get();
+    const auto window = window_of(manager);
+    if (manager) {
         manager->device_mgr_stop();
     }
-    g_device_mgr().set(nullptr);
+    g_device_mgr().replace(manager, nullptr);
     plugin_log("3rdPartyHeadsetPlugin: %s: completed\n", function);
-    plugin_control::end_message_thread();
+    plugin_control::end_message_thread(window);
     plugin_log("3rdPartyHeadsetPlugin: %s: try to end message thread \n", function);
     g_device_mgr_started = false;
 }

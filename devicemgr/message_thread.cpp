@@ -171,12 +171,16 @@ void start_message_thread() {
     }
 }
 
-void end_message_thread() {
-    auto& windows = platform::current().windows();
+platform::WindowHandle settled_message_window() {
     if (!t_window_pending) {
         window_starts().wait();
     }
-    if (auto window = g_message_window.load()) {
+    return g_message_window;
+}
+
+void end_message_thread(platform::WindowHandle window) {
+    auto& windows = platform::current().windows();
+    if (window != nullptr) {
         windows.SendMessageW(window, platform::WM_DESTROY, 0, 0);
         windows.SendMessageW(window, platform::WM_CLOSE, 0, 0);
         // Another thread may have stopped the plug-in as well, and started it again since: that window stays.

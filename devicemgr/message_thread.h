@@ -15,9 +15,12 @@ inline constexpr const wchar_t* message_window_name = L"OrvexHIDPlugin_message_w
 /// and ends.
 void start_message_thread();
 
-/// Has the window's thread destroy it and frees the window class. Waits for a thread that is just creating
-/// its window, unless called on that thread.
-void end_message_thread();
+/// The window, once a thread that is just creating it has done so; on that thread itself, at once.
+platform::WindowHandle settled_message_window();
+
+/// Has the window's thread destroy it, null for none, and frees the window class unless another window has
+/// it.
+void end_message_thread(platform::WindowHandle window);
 
 /// Has another pass run soon.
 void request_enumeration();

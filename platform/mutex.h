@@ -97,6 +97,14 @@ class Guarded {
 
     void set(T value) { exchange(std::move(value)); }
 
+    /// Stores `value` in the place of `expected`, and of nothing else.
+    void replace(const T& expected, T value) {
+        MutexLock lock(mutex_);
+        if (value_ == expected) {
+            std::swap(value_, value);
+        }
+    }
+
   private:
     mutable Mutex mutex_;
     T value_ GUARDED_BY(mutex_){};

@@ -147,6 +147,23 @@ TEST_F(DeviceManagerLifetime, several_threads_may_stop_at_once) {
     }
 }
 
+TEST_F(DeviceManagerLifetime, a_second_stop_that_comes_late_leaves_a_later_start_its_window) {
+    start();
+    Gate gate;
+    hold_up_at(api_line("stop_device_mgr", "completed"), gate);
+    std::thread late(stop_device_mgr);
+    EXPECT_TRUE(held_up(gate));
+    stop_device_mgr();
+    start();
+    gate.open();
+    late.join();
+    plug_and_wait(headset("SN-1"));
+    EXPECT_TRUE(set_audio_device("host-SN-1", "", ""));
+    stop_device_mgr();
+    start();
+    EXPECT_TRUE(set_audio_device("host-SN-1", "", ""));
+}
+
 TEST_F(DeviceManagerLifetime, a_second_stop_that_comes_late_leaves_later_starts_their_windows) {
     plug(headset("SN-1"));
     start();
