@@ -4,6 +4,7 @@
 #include <iterator>
 #include <span>
 #include <string>
+#include <utility>
 
 #include "platform/hidp/limits.h"
 
@@ -76,12 +77,15 @@ void MainItem::add_variables() {
         }
     }
     std::reverse(begin(), direction_.capabilities.end());
+    ULONG indices_of_set = 0;  // as many as the longest of its names has usages
     for (Capability& capability : added()) {
         set_data_indices(capability, direction_.data_indices);
+        indices_of_set = std::max(indices_of_set, capability.usage_count());
         if (!capability.is_alias) {
-            direction_.data_indices += capability.usage_count();
+            direction_.data_indices += std::exchange(indices_of_set, 0);
         }
     }
+    direction_.data_indices += indices_of_set;
 }
 
 void MainItem::add_variable(std::size_t usage_index, ULONG first_field, ULONG fields) {
@@ -105,9 +109,9 @@ void MainItem::add_array() {
         capability.has_more_for_array = i > 0;
         if (!capability.is_alias) {
             index = direction_.data_indices;
-            direction_.data_indices += capability.usage_count();
         }
         set_data_indices(capability, index);
+        direction_.data_indices = std::max(direction_.data_indices, index + capability.usage_count());
         capability.lowest_selector = first_selector + (index - first_index);
     }
     std::reverse(begin(), direction_.capabilities.end());

@@ -110,13 +110,13 @@ NTSTATUS for_each_usage(const UsageList& list, UCHAR& report_id, Visit visit) {
         }
         auto [status, capability] = find_capability(list.direction, list.filter, usage, report_id);
         if (status == HIDP_STATUS_SUCCESS) {
-            report_id = capability->report_id;
             status = visit(*capability, usage);
         }
         if (status != HIDP_STATUS_SUCCESS) {
             *list.processed = static_cast<ULONG>(i);
             return status;
         }
+        report_id = capability->report_id;
     }
     return HIDP_STATUS_SUCCESS;
 }
@@ -133,11 +133,15 @@ NTSTATUS change_usages(PHIDP_PREPARSED_DATA data, HIDP_REPORT_TYPE type, const C
     }
     const UsageList list{data->directions[type], filter, {usages, *length}, length};
     UCHAR report_id = report[0];
-    if (const NTSTATUS status = for_each_usage(list, report_id, check); status != HIDP_STATUS_SUCCESS) {
-        return status;
+    const bool can_fail_midway = list.usages.size() > 1;
+    if (can_fail_midway) {
+        if (const NTSTATUS status = for_each_usage(list, report_id, check); status != HIDP_STATUS_SUCCESS) {
+            return status;
+        }
     }
+    const NTSTATUS status = for_each_usage(list, report_id, change);
     report[0] = report_id;
-    return for_each_usage(list, report_id, change);
+    return status;
 }
 
 /// The list that HidP_GetUsages fills; it counts on when it is full.

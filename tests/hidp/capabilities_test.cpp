@@ -256,6 +256,33 @@ TEST(Capabilities, AliasesInTheLastSetShareTheFieldsLeftOver) {
     EXPECT_EQ(input_of(collection, 1).report_count, 3);
 }
 
+/// A key with an alias that is a range of three usages.
+Collection control_with_a_longer_alias(std::int64_t flags) {
+    return headset_with({{delimiter, 1},
+                         {usage, phone_mute},
+                         {usage_minimum, 0xB0},
+                         {usage_maximum, 0xB2},
+                         {delimiter, 0},
+                         {logical_maximum, 7},
+                         {report_size, 8},
+                         {report_count, 5},
+                         {input, flags},
+                         {usage, hook_switch},
+                         {input, flags}});
+}
+
+TEST(Capabilities, AnAliasOfMoreUsagesThanItsControlHasDataIndicesOfItsOwn) {
+    for (const auto flags : {data_variable, data_array}) {
+        const auto collection = control_with_a_longer_alias(flags);
+        EXPECT_EQ(input_of(collection, 0).data_index_min, 0);
+        EXPECT_EQ(input_of(collection, 0).data_index_max, 2);
+        EXPECT_EQ(input_of(collection, 1).data_index_min, 0);
+        EXPECT_EQ(input_of(collection, 1).data_index_max, 0);
+        EXPECT_EQ(input_of(collection, 2).data_index_min, 3) << "behind the longer one";
+        EXPECT_EQ(collection.caps().NumberInputDataIndices, 4);
+    }
+}
+
 TEST(Capabilities, AliasesInAnArrayShareSelectorAndDataIndex) {
     const auto collection = headset_with({{delimiter, 1},
                                           {usage, phone_mute},
