@@ -32,7 +32,9 @@ ALLOWED = {
     "devicemgr": DEVICE,
     "plugin": DEVICEMGR | {"callstate", "include/orvex"},
     "plugin/exports": DEVICEMGR | {"plugin", "callstate", "include/orvex"},
-    "tools/softphone": {"include/orvex"},
+    "tools/common": set(),
+    "tools/headset": DEVICEMGR | {"tools/common", "include/orvex", "platform/hidp", "platform/virtual"},
+    "tools/softphone": {"tools/common", "include/orvex"},
 }
 
 # The operating system's headers, by their folders and names: they bring macros, so only platforms include them. Of

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "tests/hidp/collection.h"
-#include "tests/hidp/reference_data.h"
+#include "tests/support/reference_data.h"
 
 using namespace platform;
 using hidp_test::Bytes;

@@ -3,7 +3,7 @@
 
 #include "tests/hidp/collection.h"
 #include "tests/hidp/json_fields.h"
-#include "tests/hidp/reference_data.h"
+#include "tests/support/reference_data.h"
 
 using namespace platform;
 using hidp_test::Collection;

@@ -1,12 +1,13 @@
 // The parser against results that Wine's tests check and that hold on Windows.
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <numeric>
 #include <optional>
 #include <string>
 
 #include "tests/hidp/collection.h"
 #include "tests/hidp/json_fields.h"
-#include "tests/hidp/reference_data.h"
+#include "tests/support/reference_data.h"
 
 using namespace platform;
 using hidp_test::Bytes;
@@ -394,6 +395,61 @@ TEST_P(WineCollection, ChecksOfAValueFunctionInTheirOrder) {
     EXPECT_EQ(get(HidP_Feature, 0xDEAD, id, length, &value), HIDP_STATUS_USAGE_NOT_FOUND);
     EXPECT_EQ(get(HidP_Feature, waveform, id, length, &value), HIDP_STATUS_SUCCESS);
     EXPECT_EQ(value, 4101U);
+}
+
+TEST_P(WineCollection, LinkCollectionsNeedRoom) {
+    ULONG length = 0;
+    EXPECT_EQ(hidp::parser().HidP_GetLinkCollectionNodes(nullptr, &length, collection_->data()),
+              HIDP_STATUS_BUFFER_TOO_SMALL);
+    EXPECT_EQ(length, 11U);
+}
+
+TEST_P(WineCollection, EmptyReports) {
+    Bytes report(collection_->caps().InputReportByteLength + 1U, 0xCD);
+    const auto length = static_cast<ULONG>(report.size() - 1);
+    const auto initialize = [&](HIDP_REPORT_TYPE type, int id, ULONG report_length) {
+        return hidp::parser().HidP_InitializeReportForID(type, static_cast<UCHAR>(id), collection_->data(),
+                                                         report.data(), report_length);
+    };
+    EXPECT_EQ(initialize(HidP_Input, report_id(), length - 1), HIDP_STATUS_INVALID_REPORT_LENGTH);
+    EXPECT_EQ(initialize(HidP_Input, report_id(), length + 1), HIDP_STATUS_INVALID_REPORT_LENGTH);
+    EXPECT_EQ(initialize(HidP_Input, 1 - report_id(), length), HIDP_STATUS_REPORT_DOES_NOT_EXIST);
+    EXPECT_EQ(initialize(HidP_Feature, 3, collection_->caps().FeatureReportByteLength),
+              HIDP_STATUS_REPORT_DOES_NOT_EXIST);
+    EXPECT_EQ(initialize(HidP_Output, report_id(), collection_->caps().OutputReportByteLength),
+              HIDP_STATUS_REPORT_DOES_NOT_EXIST);
+    EXPECT_EQ(initialize(HidP_Input, report_id(), length), HIDP_STATUS_SUCCESS);
+    Bytes expected(length);
+    expected[0] = report_id();
+    expected.push_back(0xCD);
+    EXPECT_EQ(report, expected);
+}
+
+/// Bytes that count up from 1.
+Bytes counted(std::size_t size) {
+    Bytes bytes(size);
+    std::iota(bytes.begin(), bytes.end(), UCHAR{1});
+    return bytes;
+}
+
+TEST_P(WineCollection, ValueArrays) {
+    const auto set = [&](HIDP_REPORT_TYPE type, USAGE page, USAGE usage, std::size_t size, Bytes& report) {
+        return hidp::parser().HidP_SetUsageValueArray(type, page, 0, usage, counted(size).data(),
+                                                      static_cast<USHORT>(size), collection_->data(),
+                                                      report.data(), static_cast<ULONG>(report.size()));
+    };
+    Bytes input = report(HidP_Input);
+    EXPECT_EQ(set(HidP_Input, generic_desktop, x, 8, input), HIDP_STATUS_NOT_VALUE_ARRAY);
+    EXPECT_EQ(set(HidP_Input, generic_desktop, hat_switch, 0, input), HIDP_STATUS_BUFFER_TOO_SMALL);
+    EXPECT_EQ(set(HidP_Input, generic_desktop, hat_switch, 8, input), HIDP_STATUS_SUCCESS);
+    EXPECT_EQ(Bytes(input.begin() + 16, input.begin() + 22), counted(6)) << "two fields of 24 bits";
+
+    constexpr USAGE cutoff_time = 0x28;
+    Bytes feature = report(HidP_Feature);
+    EXPECT_EQ(set(HidP_Feature, haptics, cutoff_time, 0, feature), HIDP_STATUS_BUFFER_TOO_SMALL);
+    EXPECT_EQ(set(HidP_Feature, haptics, cutoff_time, 64, feature), HIDP_STATUS_SUCCESS);
+    EXPECT_EQ(Bytes(feature.begin() + 9, feature.begin() + 17), counted(8));
+    EXPECT_EQ(set(HidP_Feature, ordinal, 1, 64, feature), HIDP_STATUS_NOT_VALUE_ARRAY);
 }
 
 INSTANTIATE_TEST_SUITE_P(WithAndWithoutReportIds, WineCollection, testing::Values(0, 1));

@@ -15,8 +15,6 @@
 #include <utility>
 #include <utmp.h>
 
-#include "tools/softphone/file_descriptor.h"
-
 namespace softphone {
 namespace {
 
@@ -24,34 +22,6 @@ using Clock = std::chrono::steady_clock;
 
 // Far more than anything here takes, also under a sanitizer on a busy machine.
 constexpr std::chrono::seconds patience{60};
-
-[[noreturn]] void become_program(const std::vector<std::string>& arguments) {
-    std::vector<std::string> words{SOFTPHONE_PROGRAM};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> pointers;
-    for (auto& word : words)
-        pointers.push_back(word.data());
-    pointers.push_back(nullptr);
-    execv(pointers[0], pointers.data());
-    _exit(127);
-}
-
-/// A file without a name, which holds this text.
-FileDescriptor file_with(const std::string& text) {
-    FileDescriptor file(open("/tmp", O_TMPFILE | O_RDWR | O_CLOEXEC, 0600));
-    EXPECT_EQ(write(file.get(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
-    lseek(file.get(), 0, SEEK_SET);
-    return file;
-}
-
-std::string contents(const FileDescriptor& file) {
-    std::string text;
-    std::array<char, 4096> chunk;
-    lseek(file.get(), 0, SEEK_SET);
-    for (ssize_t size; (size = read(file.get(), chunk.data(), chunk.size())) > 0;)
-        text.append(chunk.data(), static_cast<std::size_t>(size));
-    return text;
-}
 
 /// The panel is painted at any time, in between what a line editor writes for one key and the next. It hides
 /// the cursor for that.
@@ -67,22 +37,6 @@ std::string without_panel(std::string output) {
 
 }  // namespace
 
-ProgramResult run_program(const std::vector<std::string>& arguments, const std::string& input) {
-    const FileDescriptor in = file_with(input);
-    const FileDescriptor out = file_with("");
-    const FileDescriptor err = file_with("");
-    const pid_t child = fork();
-    if (child == 0) {
-        dup2(in.get(), STDIN_FILENO);
-        dup2(out.get(), STDOUT_FILENO);
-        dup2(err.get(), STDERR_FILENO);
-        become_program(arguments);
-    }
-    int status = 0;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contents(out), contents(err)};
-}
-
 TerminalProgram::TerminalProgram(const std::vector<std::string>& arguments, unsigned short rows,
                                  unsigned short columns) {
     const winsize size{rows, columns, 0, 0};
@@ -94,7 +48,7 @@ TerminalProgram::TerminalProgram(const std::vector<std::string>& arguments, unsi
         setenv("TERM", "xterm", 1);
         setenv("NO_COLOR", "1", 1);
         login_tty(dup(other_side_));
-        become_program(arguments);
+        test_support::become_program(SOFTPHONE_PROGRAM, arguments);
     }
 }
 

@@ -7,16 +7,16 @@
 #include <sys/types.h>
 #include <vector>
 
+#include "tests/support/run_program.h"
+
 namespace softphone {
 
-struct ProgramResult {
-    int status = -1;  ///< exit status
-    std::string output;
-    std::string errors;
-};
+using test_support::ProgramResult;
 
 /// Runs the program to its end, with this text on its standard input.
-ProgramResult run_program(const std::vector<std::string>& arguments, const std::string& input = "");
+inline ProgramResult run_program(const std::vector<std::string>& arguments, const std::string& input = "") {
+    return test_support::run_program(SOFTPHONE_PROGRAM, arguments, input);
+}
 
 /// The program on a terminal of its own.
 class TerminalProgram {

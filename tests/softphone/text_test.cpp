@@ -53,11 +53,6 @@ TEST(ParseBytes, anything_else_is_refused) {
         EXPECT_THROW(parse_bytes(text), CommandError) << text;
 }
 
-TEST(ParseHex, a_number_that_does_not_fit_is_refused) {
-    EXPECT_EQ(parse_hex16("2F", "a usage"), 0x2F);
-    EXPECT_THROW(parse_hex16("10000", "a usage"), CommandError);
-}
-
 TEST(ToHex, bytes_have_two_digits_and_ids_four) {
     EXPECT_EQ(to_hex(Bytes{0, 10, 255}), "00 0A FF");
     EXPECT_EQ(to_hex({}), "");

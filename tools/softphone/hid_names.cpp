@@ -50,11 +50,10 @@ Usage find_usage(std::span<const NamedUsage> names, std::string_view text) {
     const auto found = std::ranges::find(names, text, &NamedUsage::name);
     if (found != names.end())
         return found->usage;
-    const auto colon = text.find(':');
-    if (colon == std::string_view::npos)
+    const auto usage = tools::parse_usage(text);
+    if (!usage)
         throw CommandError(quoted(text) + " is neither a name known here nor PAGE:USAGE in hexadecimal");
-    return {parse_hex16(text.substr(0, colon), "a usage page in hexadecimal"),
-            parse_hex16(text.substr(colon + 1), "a usage in hexadecimal")};
+    return *usage;
 }
 
 std::string usage_name(std::span<const NamedUsage> names, Usage usage) {

@@ -1,20 +1,15 @@
 // Words for the usages that matter in a call: the indicators of a headset and its keys.
 #pragma once
 
-#include <compare>
-#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
 
+#include "tools/common/usage.h"
+
 namespace softphone {
 
-/// A usage of the HID Usage Tables.
-struct Usage {
-    std::uint16_t page = 0;
-    std::uint16_t id = 0;
-    auto operator<=>(const Usage&) const = default;
-};
+using tools::Usage;
 
 struct NamedUsage {
     const char* name;

@@ -2,22 +2,18 @@
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
-#include <cstdio>
 
 namespace softphone {
 namespace {
 
-constexpr std::string_view white_space = " \t\r\n";
+using tools::white_space;
 
 template <class Number>
 Number parse_whole(std::string_view text, int base, std::string_view what) {
-    Number number{};
-    const auto* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number, base);
-    if (error != std::errc{} || stop != end)
+    const auto number = tools::parse_number<Number>(text, base);
+    if (!number)
         throw CommandError(quoted(text) + " is not " + std::string(what));
-    return number;
+    return *number;
 }
 
 }  // namespace
@@ -42,11 +38,6 @@ Words split_words(std::string_view line) {
     }
 }
 
-std::string_view trimmed(std::string_view line) {
-    const auto start = line.find_first_not_of(white_space);
-    return start == line.npos ? "" : line.substr(start, line.find_last_not_of(white_space) - start + 1);
-}
-
 std::string join(std::span<const std::string> words) {
     std::string joined;
     for (const auto& word : words)
@@ -67,10 +58,6 @@ std::chrono::milliseconds parse_milliseconds(std::string_view text) {
     return std::chrono::milliseconds(parse_whole<std::uint32_t>(text, 10, "a number of milliseconds"));
 }
 
-std::uint16_t parse_hex16(std::string_view text, std::string_view what) {
-    return parse_whole<std::uint16_t>(text, 16, what);
-}
-
 Bytes parse_bytes(std::string_view text) {
     constexpr std::string_view what = "a row of bytes such as 02:01:00";
     std::string digits(text);
@@ -81,26 +68,6 @@ Bytes parse_bytes(std::string_view text) {
     for (std::string_view rest = digits; !rest.empty(); rest.remove_prefix(2))
         bytes.push_back(parse_whole<std::uint8_t>(rest.substr(0, 2), 16, what));
     return bytes;
-}
-
-std::string to_hex(std::span<const std::uint8_t> bytes) {
-    std::string text;
-    for (const auto byte : bytes) {
-        char digits[4];
-        std::snprintf(digits, sizeof digits, "%02X", byte);
-        text.append(text.empty() ? "" : " ").append(digits);
-    }
-    return text;
-}
-
-std::string to_hex16(unsigned number) {
-    char digits[12];
-    std::snprintf(digits, sizeof digits, "%04X", number);
-    return digits;
-}
-
-std::string quoted(std::string_view text) {
-    return '"' + std::string(text) + '"';
 }
 
 }  // namespace softphone

@@ -9,9 +9,15 @@
 #include <string_view>
 #include <vector>
 
+#include "tools/common/text.h"
+
 namespace softphone {
 
-using Bytes = std::vector<std::uint8_t>;
+using tools::Bytes;
+using tools::quoted;
+using tools::to_hex;
+using tools::to_hex16;
+using tools::trimmed;
 using Words = std::vector<std::string>;
 
 /// A command that cannot be understood or carried out. The text is a sentence for the user, without place.
@@ -24,9 +30,6 @@ class CommandError : public std::runtime_error {
 /// of a word begins a comment. Throws CommandError when a quote is not closed.
 Words split_words(std::string_view line);
 
-/// The line without the white space around it.
-std::string_view trimmed(std::string_view line);
-
 /// The words with one space between them.
 std::string join(std::span<const std::string> words);
 
@@ -36,17 +39,8 @@ bool same_ignoring_case(std::string_view a, std::string_view b);
 /// The whole text as a number; throws CommandError, which names `what`, when it is none.
 int parse_integer(std::string_view text, std::string_view what);
 std::chrono::milliseconds parse_milliseconds(std::string_view text);
-std::uint16_t parse_hex16(std::string_view text, std::string_view what);
 
 /// Bytes as "02:01:00" or "020100"; throws CommandError when the text is anything else or empty.
 Bytes parse_bytes(std::string_view text);
-
-/// "02 01 00"
-std::string to_hex(std::span<const std::uint8_t> bytes);
-/// "0B0E"
-std::string to_hex16(unsigned number);
-
-/// The text in double quotes, as split_words() reads it.
-std::string quoted(std::string_view text);
 
 }  // namespace softphone

@@ -1,4 +1,4 @@
-#include "tests/hidp/reference_data.h"
+#include "tests/support/reference_data.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -1,0 +1,38 @@
+// Words and numbers as people type and read them.
+#pragma once
+
+#include <charconv>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tools {
+
+using Bytes = std::vector<std::uint8_t>;
+
+inline constexpr std::string_view white_space = " \t\r\n";
+
+/// The line without the white space around it.
+std::string_view trimmed(std::string_view line);
+
+/// The whole text as a number of this base; nothing when it is none, or does not fit.
+template <class Number>
+std::optional<Number> parse_number(std::string_view text, int base) {
+    Number number{};
+    const auto* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number, base);
+    return error == std::errc{} && stop == end ? std::optional(number) : std::nullopt;
+}
+
+/// "02 01 00"
+std::string to_hex(std::span<const std::uint8_t> bytes);
+/// "0B0E"
+std::string to_hex16(unsigned number);
+
+/// The text in double quotes.
+std::string quoted(std::string_view text);
+
+}  // namespace tools

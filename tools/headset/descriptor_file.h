@@ -1,0 +1,34 @@
+// Report descriptors as they come: from a file, from the command line, from standard input.
+#pragma once
+
+#include <cstdint>
+#include <istream>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "tools/headset/hex.h"
+
+namespace headset {
+
+struct DeviceIds {
+    std::uint16_t vendor = 0;
+    std::uint16_t product = 0;
+};
+
+struct Descriptor {
+    Bytes bytes{};
+    std::string name{};  ///< the device's; empty where it is not told
+    std::optional<DeviceIds> ids{};
+};
+
+/// A descriptor in one of these forms, which is told by the content: a recording of hid-recorder (lines `N:`,
+/// `I:` and `R:`), the output of usbhid-dump (a header line with `:DESCRIPTOR`), hexadecimal text, or the
+/// bytes themselves. Of several devices or interfaces it is the first. Throws Refused.
+Descriptor read_descriptor(std::string_view content);
+
+/// The descriptor that an argument names: `-` for what `input` holds, a file, else hexadecimal text. Throws
+/// UsageError for one that is none of them, and Refused, with the file's name.
+Descriptor load_descriptor(const std::string& argument, std::istream& input);
+
+}  // namespace headset

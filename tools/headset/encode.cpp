@@ -1,0 +1,134 @@
+#include "tools/headset/encode.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+
+#include "tools/headset/errors.h"
+
+namespace headset {
+namespace {
+
+using platform::HIDP_STATUS_BUTTON_NOT_PRESSED;
+using platform::HIDP_STATUS_SUCCESS;
+using platform::ULONG;
+using platform::USAGE;
+using platform::hidp::parser;
+using tools::Bytes;
+
+constexpr platform::USHORT any_link_collection = 0;
+
+std::optional<std::int64_t> parse_value(std::string_view text) {
+    if (text.starts_with("0x") || text.starts_with("0X"))
+        return tools::parse_number<std::uint32_t>(text.substr(2), 16);
+    return tools::parse_number<std::int64_t>(text, 10);
+}
+
+/// A report that is being made, in the length that the parser wants.
+struct Report {
+    PHIDP_PREPARSED_DATA data;
+    HIDP_REPORT_TYPE direction;
+    Bytes bytes;
+
+    ULONG length() const { return static_cast<ULONG>(bytes.size()); }
+};
+
+struct Place {
+    PHIDP_PREPARSED_DATA data;
+    const Capability& capability;
+};
+
+/// The first capability that has a place for the usage; else the first that names it.
+Place find_place(const Collections& collections, HIDP_REPORT_TYPE direction, Usage usage) {
+    std::optional<Place> named;
+    for (const auto& collection : collections)
+        for (const Capability& capability : capabilities(collection.get(), direction)) {
+            if (!covers(capability, usage))
+                continue;
+            if (capability.holds(usage.id))
+                return {collection.get(), capability};
+            if (!named)
+                named.emplace(Place{collection.get(), capability});
+        }
+    if (named)
+        return *named;
+    throw Refused("the descriptor has no " + usage_label(usage) + " in its " + to_string(direction) +
+                  " reports");
+}
+
+Report empty_report(const Place& place, HIDP_REPORT_TYPE direction) {
+    Report report{place.data, direction, Bytes(longest_report(place.data, direction))};
+    parser().HidP_InitializeReportForID(direction, place.capability.report_id, place.data,
+                                        report.bytes.data(), report.length());
+    return report;
+}
+
+void set_button(Report& report, const Assignment& assignment) {
+    if (assignment.value != 0 && assignment.value != 1)
+        throw Refused(usage_label(assignment.usage) + " is a button: it can be 0 or 1, not " +
+                      std::to_string(assignment.value));
+    USAGE usage = assignment.usage.id;
+    ULONG count = 1;
+    const auto change = assignment.value != 0 ? &platform::hidp::Parser::HidP_SetUsages
+                                              : &platform::hidp::Parser::HidP_UnsetUsages;
+    const auto status = (parser().*change)(report.direction, assignment.usage.page, any_link_collection,
+                                           &usage, &count, report.data, report.bytes.data(), report.length());
+    if (status != HIDP_STATUS_SUCCESS && status != HIDP_STATUS_BUTTON_NOT_PRESSED)
+        throw Refused("the report has no room for " + usage_label(assignment.usage));
+}
+
+void set_value(Report& report, const Capability& capability, const Assignment& assignment) {
+    const auto bits = capability.field_bits();
+    const std::int64_t room = std::int64_t{1} << bits;
+    const std::int64_t least = capability.logical_min < 0 && bits > 0 ? -room / 2 : 0;
+    if (assignment.value < least || assignment.value >= room)
+        throw Refused(usage_label(assignment.usage) + " has " + std::to_string(bits) +
+                      " bits: " + std::to_string(assignment.value) + " does not fit");
+    parser().HidP_SetUsageValue(report.direction, assignment.usage.page, any_link_collection,
+                                assignment.usage.id, static_cast<ULONG>(assignment.value), report.data,
+                                report.bytes.data(), report.length());
+}
+
+}  // namespace
+
+Assignment parse_assignment(std::string_view text) {
+    const auto equals = text.find('=');
+    const auto usage = tools::parse_usage(text.substr(0, equals));
+    const auto value =
+        equals == text.npos ? std::optional<std::int64_t>(1) : parse_value(text.substr(equals + 1));
+    if (!usage || !value)
+        throw UsageError(tools::quoted(text) + " is not PAGE:USAGE[=VALUE], such as 08:17 or 08:17=0");
+    return {*usage, *value};
+}
+
+std::vector<EncodedReport> encode(const Collections& collections, HIDP_REPORT_TYPE direction,
+                                  std::span<const Assignment> assignments) {
+    std::map<std::uint8_t, Report> reports;
+    for (const Assignment& assignment : assignments) {
+        const Place place = find_place(collections, direction, assignment.usage);
+        auto& report =
+            reports.try_emplace(place.capability.report_id, empty_report(place, direction)).first->second;
+        if (place.capability.is_button)
+            set_button(report, assignment);
+        else
+            set_value(report, place.capability, assignment);
+    }
+    std::vector<EncodedReport> encoded;
+    for (auto& [id, report] : reports) {
+        report.bytes.resize(platform::hidp::report_length(report.data, direction, id));
+        encoded.push_back({direction, std::move(report.bytes)});
+    }
+    return encoded;
+}
+
+std::string to_text(const EncodedReport& report) {
+    return tools::to_hex(report.bytes) + '\n';
+}
+
+Json to_json(const EncodedReport& report) {
+    return {{"report_id", report.bytes.front()},
+            {"direction", to_string(report.direction)},
+            {"bytes", tools::to_hex(report.bytes)}};
+}
+
+}  // namespace headset

@@ -1,0 +1,37 @@
+#include <cstdio>
+#include <exception>
+#include <iostream>
+
+#include "tools/headset/commands.h"
+#include "tools/headset/errors.h"
+
+namespace {
+
+using namespace headset;
+
+int fail(int status, const std::exception& error) {
+    std::fprintf(stderr, "headset: %s\n", error.what());
+    return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::ios::sync_with_stdio(false);
+    try {
+        const auto parsed = parse_options(argc, argv);
+        if (const int* status = std::get_if<int>(&parsed))
+            return *status;
+        std::cout.exceptions(std::ios::badbit | std::ios::failbit);
+        run(std::get<Options>(parsed), std::cin, std::cout);
+        std::cout.flush();
+        return exit_ok;
+    } catch (const UsageError& error) {
+        return fail(exit_usage, error);
+    } catch (const Refused& error) {
+        std::cout.flush();
+        return fail(exit_refused, error);
+    } catch (const std::exception& error) {
+        return fail(exit_system_error, error);
+    }
+}

@@ -1,0 +1,114 @@
+#include "tools/headset/trial_headset.h"
+
+#include "devicemgr/admission.h"
+#include "hid/usage_input.h"
+#include "hid/usage_output.h"
+#include "platform/hidp/hidp.h"
+#include "platform/text.h"
+#include "platform/virtual/virtual_platform.h"
+#include "plugin/base/headset_types.h"
+#include "plugin/base/plugin_log.h"
+#include "tools/headset/errors.h"
+
+/// No log: the commands tell what the functions did.
+std::shared_ptr<plugin_control::IPluginLogger> getPluginLogger() {
+    return nullptr;
+}
+
+namespace headset {
+namespace {
+
+// A vendor that the plug-in has a driver for (Jabra), for a headset that does not tell its own.
+constexpr DeviceIds driven_device{0x0B0E, 0x0001};
+
+platform::virtual_platform::VirtualBus& bus() {
+    return platform::virtual_platform::virtual_platform().bus();
+}
+
+int plug(const Descriptor& descriptor, DeviceIds ids) {
+    std::string failure;
+    const auto number = bus().plug({.descriptor = descriptor.bytes,
+                                    .vendor_id = ids.vendor,
+                                    .product_id = ids.product,
+                                    .manufacturer = "virtual",
+                                    .product = descriptor.name,
+                                    .serial = "trial"},
+                                   failure);
+    if (!number)
+        throw Refused("the descriptor is refused: " + failure);
+    return *number;
+}
+
+}  // namespace
+
+TrialHeadset::TrialHeadset(const Descriptor& descriptor)
+    : number_(plug(descriptor, descriptor.ids.value_or(driven_device))),
+      vendor_id_(descriptor.ids.value_or(driven_device).vendor),
+      product_id_(descriptor.ids.value_or(driven_device).product),
+      driver_(headset_plugin::create_driver(vendor_id_, product_id_)) {}
+
+TrialHeadset::~TrialHeadset() {
+    handle_.reset();
+    bus().unplug(number_);
+}
+
+std::vector<TrialHeadset::Interface> TrialHeadset::interfaces() const {
+    std::vector<Interface> interfaces;
+    const auto list = headset_plugin::hid_list(vendor_id_, product_id_);
+    for (const hid_device_info* entry = list.get(); entry != nullptr; entry = entry->next)
+        interfaces.push_back({entry->path,
+                              {entry->usage_page, entry->usage},
+                              plugin_control::admit(*entry).has_value(),
+                              entry->usage_page == plugin_control::telephony_usage_page});
+    return interfaces;
+}
+
+bool TrialHeadset::open(const Interface& interface) {
+    handle_ = headset_plugin::hid_open_handle(interface.path.c_str());
+    if (!handle_)
+        open_error_ = platform::to_utf8(headset_plugin::hid_last_error(nullptr));
+    else if (driver_)
+        driver_->set_hid_device(handle_);
+    return handle_ != nullptr;
+}
+
+std::optional<Bytes> TrialHeadset::set_indicator(Usage indicator, bool on) {
+    Bytes report(headset_plugin::hid_output_report_length(handle_.get()));
+    std::uint32_t length = 0;
+    const int result = headset_plugin::gen_led_event_for_usage(handle_.get(), indicator.page, indicator.id,
+                                                               on ? 1 : 0, report.data(), &length);
+    return write(std::move(report), result == 0);
+}
+
+std::optional<Bytes> TrialHeadset::show_call() {
+    Bytes report(headset_plugin::hid_output_report_length(handle_.get()));
+    const auto length =
+        driver_ ? driver_->set_led_event_data(headset_plugin::HEADSET_STATE_INUSE, report) : 0;
+    return write(std::move(report), length > 0);
+}
+
+std::optional<Bytes> TrialHeadset::show_mute() {
+    Bytes report(headset_plugin::hid_output_report_length(handle_.get()));
+    const auto length = driver_ ? driver_->set_mute_data(true, report) : 0;
+    return write(std::move(report), length > 0);
+}
+
+std::optional<Bytes> TrialHeadset::write(Bytes report, bool is_built) {
+    if (!is_built || headset_plugin::hid_write_report(handle_.get(), report) < 0)
+        return std::nullopt;
+    // What arrives is as long as the reports of this id.
+    if (const auto own =
+            platform::hidp::report_length(handle_->pp_data.get(), platform::HidP_Output, report[0]))
+        report.resize(own);
+    return report;
+}
+
+bool TrialHeadset::is_lit(Usage indicator) const {
+    return bus().indicator(number_, {indicator.page, indicator.id}).value_or(false);
+}
+
+bool TrialHeadset::reads_as_mute(const Bytes& report) const {
+    return headset_plugin::process_read_for_mute(handle_.get(), report) == 1;
+}
+
+}  // namespace headset

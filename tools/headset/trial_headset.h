@@ -1,0 +1,67 @@
+// A virtual headset made from a descriptor, in the hands of the plug-in's own functions.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "drivers/driver_factory.h"
+#include "hid/hid_access.h"
+#include "tools/headset/descriptor_file.h"
+#include "tools/headset/usage_names.h"
+
+namespace headset {
+
+/// Plugged in from construction to destruction. One at a time: the virtual bus is the process's.
+class TrialHeadset {
+  public:
+    /// Throws Refused, with the parser's reason.
+    explicit TrialHeadset(const Descriptor& descriptor);
+    ~TrialHeadset();
+    TrialHeadset(const TrialHeadset&) = delete;
+    TrialHeadset& operator=(const TrialHeadset&) = delete;
+
+    /// A top-level collection, as the plug-in finds it when it looks through the devices.
+    struct Interface {
+        std::string path;
+        Usage usage;
+        bool is_admitted = false;
+        bool is_telephony = false;
+    };
+    std::vector<Interface> interfaces() const;
+
+    /// Opens an interface; false, with the reason in open_error(), where the plug-in cannot.
+    bool open(const Interface& interface);
+    const std::string& open_error() const { return open_error_; }
+
+    /// Whether the plug-in has a driver for the headset's vendor.
+    bool has_driver() const { return driver_ != nullptr; }
+
+    // With an interface open.
+
+    /// The report that sets an indicator; nothing where the plug-in builds none. It is written to the
+    /// headset.
+    std::optional<Bytes> set_indicator(Usage indicator, bool on);
+    /// The report that shows a connected call; nothing where the plug-in builds none. It is written to the
+    /// headset.
+    std::optional<Bytes> show_call();
+    /// The same for a muted microphone.
+    std::optional<Bytes> show_mute();
+    /// Whether the headset has an indicator that is lit.
+    bool is_lit(Usage indicator) const;
+    /// Whether the plug-in reads an input report as the mute key.
+    bool reads_as_mute(const Bytes& report) const;
+
+  private:
+    std::optional<Bytes> write(Bytes report, bool is_built);
+
+    int number_;
+    std::uint16_t vendor_id_;
+    std::uint16_t product_id_;
+    headset_plugin::Driver driver_;
+    headset_plugin::HidHandle handle_;
+    std::string open_error_;
+};
+
+}  // namespace headset
