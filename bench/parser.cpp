@@ -10,6 +10,7 @@
 
 #include "platform/hidp/hidp.h"
 #include "platform/virtual/headsets/model.h"
+#include "tests/hidp/costly_descriptors.h"
 
 using namespace platform;
 using virtual_headsets::HeadsetModel;
@@ -57,11 +58,15 @@ void copy(benchmark::State& state, const HeadsetModel& model) {
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(to.size()));
 }
 
-void parse(benchmark::State& state, const HeadsetModel& model) {
+void parse_descriptor(benchmark::State& state, const Bytes& descriptor) {
     for (auto _ : state) {
-        benchmark::DoNotOptimize(hidp::parse(model.descriptor));
+        benchmark::DoNotOptimize(hidp::parse(descriptor));
     }
-    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(model.descriptor.size()));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(descriptor.size()));
+}
+
+void parse(benchmark::State& state, const HeadsetModel& model) {
+    parse_descriptor(state, model.descriptor);
 }
 
 void get_caps(benchmark::State& state, const HeadsetModel& model) {
@@ -143,6 +148,7 @@ constexpr Work works[] = {{"copy", copy},
 }  // namespace
 
 int main(int argc, char** argv) {
+    const auto costly_descriptors = hidp_test::costly_descriptors();
     for (const Work& work : works) {
         for (const Size& size : sizes) {
             const HeadsetModel& model = *virtual_headsets::find_model(size.model);
@@ -150,6 +156,11 @@ int main(int argc, char** argv) {
             benchmark::RegisterBenchmark(name.c_str(),
                                          [&](benchmark::State& state) { work.run(state, model); });
         }
+    }
+    for (const hidp_test::Costly& costly : costly_descriptors) {
+        const std::string name = std::string("parse_costly/") + costly.name;
+        benchmark::RegisterBenchmark(
+            name.c_str(), [&](benchmark::State& state) { parse_descriptor(state, costly.descriptor); });
     }
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {

@@ -10,29 +10,30 @@
 namespace platform::hidp {
 
 struct Capability {
+    // What every search and every field access looks at stands together, and first.
     USAGE usage_page = 0;
     USAGE usage_min = 0;
     USAGE usage_max = 0;
+    UCHAR report_id = 0;
+    bool is_button = false;
+    USHORT link_collection = 0;
+    USHORT bit_field = 0;  ///< the main item's data bits
+    USHORT bit_size = 0;   ///< of one field
+    USHORT report_count = 0;
+    ULONG bit_position = 0;     ///< in the report, the id byte included
+    ULONG lowest_selector = 0;  ///< the selector of usage_min, in an array
+
     bool is_range = false;
     bool is_string_range = false;
     bool is_designator_range = false;
-    bool is_alias = false;  ///< names the same control as the capability after it
+    bool is_alias = false;            ///< names the same control as the capability after it
+    bool has_more_for_array = false;  ///< the capability after it belongs to the same array
     USHORT string_min = 0;
     USHORT string_max = 0;
     USHORT designator_min = 0;
     USHORT designator_max = 0;
     USHORT data_index_min = 0;
     USHORT data_index_max = 0;
-
-    UCHAR report_id = 0;
-    bool is_button = false;
-    bool has_more_for_array = false;  ///< the capability after it belongs to the same array
-    ULONG lowest_selector = 0;        ///< the selector of usage_min, in an array
-    USHORT bit_field = 0;             ///< the main item's data bits
-    USHORT link_collection = 0;
-    ULONG bit_position = 0;  ///< in the report, the id byte included
-    USHORT bit_size = 0;     ///< of one field
-    USHORT report_count = 0;
     LONG logical_min = 0;
     LONG logical_max = 0;
     LONG physical_min = 0;

@@ -13,7 +13,8 @@ namespace platform::hidp {
 /// Throws Malformed where the collection exceeds a limit, and is of no use then.
 class CollectionBuilder {
   public:
-    CollectionBuilder() : data_(new HIDP_PREPARSED_DATA) {}
+    /// Begins a top-level collection.
+    void begin() { data_.reset(new HIDP_PREPARSED_DATA); }
 
     /// Adds a link collection, behind one for each other usage that a delimited set gives it.
     void open_collection(const Item& item, const GlobalState& global, const LocalItems& local);

@@ -23,6 +23,7 @@ class DescriptorParser {
 
   private:
     void read(const Item& item);
+    void read_main(const Item& item);
     void open_collection(const Item& item);
     void close_collection();
     void add_fields(const Item& item);
@@ -47,6 +48,19 @@ void DescriptorParser::read_items() {
 }
 
 void DescriptorParser::read(const Item& item) {
+    switch (type_of(item.tag)) {
+        case ItemType::main:
+            return read_main(item);
+        case ItemType::global:
+            return global_.add(item);
+        case ItemType::local:
+            return local_.add(item);
+        case ItemType::reserved:
+            return;
+    }
+}
+
+void DescriptorParser::read_main(const Item& item) {
     switch (item.tag) {
         case Tag::input:
         case Tag::output:
@@ -57,9 +71,7 @@ void DescriptorParser::read(const Item& item) {
         case Tag::end_collection:
             return close_collection();
         default:
-            // Each passes over what is not its own, and so do both over reserved items.
-            global_.add(item);
-            local_.add(item);
+            return;  // reserved
     }
 }
 
@@ -78,6 +90,9 @@ void DescriptorParser::open_collection(const Item& item) {
         throw Malformed{"more than " + std::to_string(max_collections) + " collections"};
     }
     local_.check_complete();
+    if (open_.empty()) {
+        builder_.begin();
+    }
     builder_.open_collection(item, global_.state(), local_);
     open_.push_back(reader_.place());
     ++collection_count_;
@@ -93,7 +108,7 @@ void DescriptorParser::close_collection() {
     open_.pop_back();
     local_.clear();
     if (open_.empty()) {
-        collections_.push_back(std::exchange(builder_, {}).take());
+        collections_.push_back(builder_.take());
     }
 }
 

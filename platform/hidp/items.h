@@ -43,6 +43,14 @@ enum class Tag : std::uint8_t {
     delimiter = 0xA8,
 };
 
+/// The type in a tag's lowest bits (HID 1.11, 6.2.2.2).
+enum class ItemType : std::uint8_t { main = 0x00, global = 0x04, local = 0x08, reserved = 0x0C };
+
+inline ItemType type_of(Tag tag) {
+    constexpr std::uint8_t type_bits = 0x0C;
+    return static_cast<ItemType>(static_cast<std::uint8_t>(tag) & type_bits);
+}
+
 /// The data bits of Input, Output and Feature items (HID 1.11, 6.2.2.5).
 inline constexpr std::uint32_t item_constant = 1U << 0;
 inline constexpr std::uint32_t item_variable = 1U << 1;

@@ -229,6 +229,7 @@ TEST_F(MessageThreadWindows, a_stop_that_is_held_up_at_its_window_leaves_a_later
     start();
     gate.open();
     late.join();
+    windows_.before_send = {};
     plug_and_wait(headset("SN-1"));
     EXPECT_TRUE(set_audio_device("host-SN-1", "", ""));
     stop_device_mgr();

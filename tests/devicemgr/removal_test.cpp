@@ -148,15 +148,16 @@ TEST_F(Removal, a_serial_that_is_not_listed_changes_nothing) {
 }
 
 TEST_F(Removal, removals_wait_for_their_turn_and_do_not_hold_their_manager) {
-    Gate gate;
+    const auto gate =
+        std::make_shared<Gate>();  // shared: that the manager is gone orders nothing in the worker
     list("SN-1", "Headset");
-    manager_->post_task({"held up", [&] { gate.pass(); }});
-    ASSERT_TRUE(gate.wait_for_arrival());
+    manager_->post_task({"held up", [gate] { gate->pass(); }});
+    ASSERT_TRUE(gate->wait_for_arrival());
     manager_->remove_device_with_serial("SN-1");
     EXPECT_NE(manager_->find_device("SN-1"), nullptr);
     const std::weak_ptr<device_mgr> watched = manager_;
     manager_ = std::make_shared<device_mgr>();
-    gate.open();
+    gate->open();
     EXPECT_TRUE(test_support::eventually([&] { return watched.expired(); }));
 }
 
