@@ -164,22 +164,6 @@ TEST_F(DeviceManagerLifetime, a_second_stop_that_comes_late_leaves_a_later_start
     EXPECT_TRUE(set_audio_device("host-SN-1", "", ""));
 }
 
-TEST_F(DeviceManagerLifetime, a_second_stop_that_comes_late_leaves_later_starts_their_windows) {
-    plug(headset("SN-1"));
-    start();
-    Gate gate;
-    hold_up_at(api_line("stop_device_mgr", "completed"), gate);
-    std::thread late(stop_device_mgr);
-    EXPECT_TRUE(held_up(gate));
-    stop_device_mgr();
-    start();
-    gate.open();
-    late.join();
-    stop_device_mgr();
-    start();
-    EXPECT_TRUE(set_audio_device("host-SN-1", "", ""));
-}
-
 TEST_F(DeviceManagerLifetime, requests_keys_and_unplugs_may_meet_a_stop) {
     const int number = plug(headset("SN-1"));
     start();
