@@ -15,8 +15,7 @@ std::uint32_t call_control_generic::query_state_follow_up(std::uint32_t /*state*
 }
 
 bool call_control_generic::is_product_family(std::uint32_t family) const {
-    constexpr std::uint32_t product_id_mask = 0xFFFF;
-    return (product_id_ & product_id_mask) >> 8 == (family & product_id_mask) >> 8;
+    return product_family(product_id_) == product_family(family);
 }
 
 }  // namespace headset_plugin

@@ -17,6 +17,12 @@ inline constexpr std::uint32_t follow_up_toggle = 0x1;
 inline constexpr std::uint32_t follow_up_unmute = 0x4;
 inline constexpr std::uint32_t follow_up_show_in_use = 0x40;
 
+/// The family of a product is the high byte of its 16-bit id.
+inline constexpr std::uint32_t product_family_mask = 0xFF00;
+constexpr std::uint32_t product_family(std::uint32_t product_id) {
+    return product_id & product_family_mask;
+}
+
 /// Translates headset states and mute requests into output reports, and input reports into key codes. A
 /// driver never writes to its headset; the device object does, with what the driver built.
 ///
@@ -58,7 +64,7 @@ class call_control_generic {
   protected:
     std::uint32_t product_id() const { return product_id_; }
 
-    /// True when the product's family, the high byte of its 16-bit id, is that of `family`.
+    /// True when the product's family is that of `family`.
     bool is_product_family(std::uint32_t family) const;
 
     /// The handle for the length of one operation; empty while the headset is closed.

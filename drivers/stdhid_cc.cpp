@@ -5,27 +5,20 @@
 #include <string>
 #include <vector>
 
+#include "drivers/dialect.h"
 #include "hid/usage_input.h"
 #include "hid/usage_output.h"
-#include "plugin/base/headset_types.h"
 #include "plugin/base/plugin_log.h"
 
 namespace headset_plugin {
 
 namespace {
 
-// The bits of headset_leds_state_. Ringing and hold are recorded; no usage is sent for them.
-constexpr std::uint8_t led_off_hook = 0x01;
-constexpr std::uint8_t led_mute = 0x02;
-constexpr std::uint8_t led_ringing = 0x04;
-constexpr std::uint8_t led_hold = 0x08;
-
 // HID Usage Tables, 11 (LED page).
 constexpr std::uint16_t led_usage_page = 0x08;
 constexpr std::uint16_t usage_mute = 0x09;
 constexpr std::uint16_t usage_off_hook = 0x17;
 
-constexpr std::int32_t nothing_to_write = -1;
 constexpr auto no_length = static_cast<std::uint32_t>(-1);
 
 /// Two hexadecimal digits and a blank for each byte.
@@ -62,27 +55,17 @@ struct Indicators {
     }
 };
 
-/// Ringing alone, and hold alone, name no off-hook usage: the indicator stays as it is.
+/// Ringing and hold are recorded; no usage is sent for them. Either alone names no off-hook usage: the
+/// indicator stays as it is.
 Indicators indicators_for(std::uint32_t state, bool muted) {
-    Indicators indicators;
+    Indicators indicators{.bits = with_bit(state_bits(state), led_mute, muted), .usages = {}, .values = {}};
     if (state == HEADSET_STATE_IDLE) {
         indicators.add(usage_off_hook, false);
     }
-    if ((state & HEADSET_STATE_ALERTING) != 0) {
-        indicators.bits |= led_ringing;
-    }
-    if ((state & HEADSET_STATE_HOLD) != 0) {
-        indicators.bits |= led_hold;
-    }
     if ((state & HEADSET_STATE_INUSE) != 0) {
-        indicators.bits |= led_off_hook;
-        indicators.bits &= static_cast<std::uint8_t>(~led_hold);
         indicators.add(usage_off_hook, true);
     }
     indicators.add(usage_mute, muted);
-    if (muted) {
-        indicators.bits |= led_mute;
-    }
     return indicators;
 }
 
@@ -115,7 +98,7 @@ std::int32_t stdhid_cc::set_led_event_data(std::uint32_t state, std::span<std::u
 std::int32_t stdhid_cc::set_mute_data(bool mute, std::span<std::uint8_t> output) {
     static constexpr const char* function = "headset_plugin::stdhid_cc::set_mute_data";
     const std::uint8_t old_bits = headset_leds_state_;
-    const auto new_bits = static_cast<std::uint8_t>(mute ? old_bits | led_mute : old_bits & ~led_mute);
+    const std::uint8_t new_bits = with_bit(old_bits, led_mute, mute);
     headset_leds_state_ = new_bits;
     plugin_log(
         "3rdPartyHeadsetPlugin: STDHID: %s: MUTE: old headset_leds_state_=0x%x, new headset_leds_state_=0x%x\n",

@@ -1,6 +1,8 @@
 // What the tests of the drivers have in common.
 #pragma once
 
+#include <array>
+#include <cstdio>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
@@ -16,6 +18,13 @@ namespace headset_plugin::driver_test {
 
 using platform::hid_test::Bytes;
 using Lines = std::vector<std::string>;
+
+/// A number as the drivers' log lines print it.
+inline std::string hex(unsigned number) {
+    std::array<char, 16> digits;
+    std::snprintf(digits.data(), digits.size(), "0x%x", number);
+    return digits.data();
+}
 
 class DriverFixture : public testing::Test {
   protected:

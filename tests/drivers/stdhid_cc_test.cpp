@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <future>
 #include <gtest/gtest.h>
 
@@ -23,12 +22,6 @@ constexpr std::uint32_t all_states = 8;  // alerting, in use and held, each or n
 
 std::string line(const std::string& function, const std::string& text) {
     return "3rdPartyHeadsetPlugin: STDHID: headset_plugin::stdhid_cc::" + function + ": " + text + "\n";
-}
-
-std::string hex(unsigned number) {
-    std::array<char, 16> digits;
-    std::snprintf(digits.data(), digits.size(), "0x%x", number);
-    return digits.data();
 }
 
 std::string changed(unsigned old_bits, unsigned new_bits) {
