@@ -16,6 +16,10 @@ using DriverFactory = std::function<Driver(std::uint32_t vendor_id, std::uint32_
 /// any.
 Driver create_driver(std::uint32_t vendor_id, std::uint32_t product_id);
 
+/// A new driver of a Plantronics headset's fixed reports, chosen by the product's family. create_driver does
+/// not ask here: these headsets have the standard driver. Thread: any.
+Driver create_plantronics_driver(std::uint32_t product_id);
+
 /// Puts another factory in the place of the built-in one, for headsets opened from now on; an empty one
 /// brings that back. A test gives a headset a driver of its own this way.
 void set_driver_factory(DriverFactory factory);

@@ -92,6 +92,17 @@ TEST_F(DriverFactoryTest, gives_five_vendors_the_standard_driver_and_others_none
     }
 }
 
+TEST_F(DriverFactoryTest, gives_no_product_of_these_vendors_a_driver_of_fixed_reports) {
+    for (const std::uint32_t vendor : {0x046DU, 0x047FU, 0x0B0EU}) {
+        for (std::uint32_t family = 0; family <= 0xFF; ++family) {
+            for (const std::uint32_t low_byte : {0x00U, 0x41U, 0x46U, 0x5DU, 0x5EU}) {
+                const Driver driver = create_driver(vendor, family << 8 | low_byte);
+                EXPECT_NE(dynamic_cast<stdhid_cc*>(driver.get()), nullptr) << std::hex << vendor << family;
+            }
+        }
+    }
+}
+
 TEST_F(DriverFactoryTest, gives_every_headset_a_driver_of_its_own) {
     EXPECT_NE(create_driver(0x0B0E, 1), create_driver(0x0B0E, 1));
 }
