@@ -368,6 +368,19 @@ TEST(Capabilities, AValueCapabilityHoldsWhatTheItemsSay) {
     EXPECT_EQ(cap.NotRange.Reserved4, 0);
 }
 
+TEST(Capabilities, DesignatorsBelongToTheUsagesInTheirOrder) {
+    const auto collection = headset_with({{usage, hook_switch},
+                                          {designator_index, 4},
+                                          {usage, flash},
+                                          {designator_index, 5},
+                                          {report_size, 1},
+                                          {report_count, 2},
+                                          {input, data_variable}});
+    EXPECT_EQ(input_of(collection, 0).designator_min, 5);
+    EXPECT_EQ(input_of(collection, 1).designator_min, 4);
+    EXPECT_FALSE(input_of(collection, 1).is_designator_range);
+}
+
 TEST(Capabilities, StringsBelongToTheUsagesInTheirOrder) {
     const auto collection = headset_with({{usage, hook_switch},
                                           {string_index, 4},

@@ -80,8 +80,12 @@ TEST(Reports, ItemsMayBringMoreBytesThanTheyNeed) {
 
 TEST(Reports, LongAndReservedItemsArePassedOver) {
     Bytes bytes = headset_descriptor({{report_size, 8}, {report_count, 1}, {input, constant}});
-    const Bytes strangers = {0xFE, 0x02, 0x10, 0xAA, 0xBB, 0x0D, 0xFF, 0x00};
-    bytes.insert(bytes.begin() + 6, strangers.begin(), strangers.end());
+    const Bytes long_item = {0xFE, 0x02, 0x10, 0xAA, 0xBB};
+    const Bytes of_reserved_tags = {0xD1, 0xFF, 0xC5, 0xFF, 0xB9, 0xFF};  // a main, a global and a local item
+    const Bytes of_the_reserved_type = {0x0D, 0xFF};
+    for (const Bytes& item : {long_item, of_reserved_tags, of_the_reserved_type}) {
+        bytes.insert(bytes.begin() + 6, item.begin(), item.end());
+    }
     EXPECT_EQ(Collection(bytes).caps().InputReportByteLength, 2);
 }
 
