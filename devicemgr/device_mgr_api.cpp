@@ -18,6 +18,7 @@ platform::Guarded<std::shared_ptr<device_mgr>>& g_device_mgr() {
     return *manager;
 }
 
+/// Whether a start came last, or a stop. Nothing here asks; it is for somebody who looks in with a debugger.
 std::atomic<bool> g_device_mgr_started{false};
 
 /// The manager; logs its absence.
@@ -60,12 +61,13 @@ void start_device_mgr(std::uint32_t /*unused*/) {
 void stop_device_mgr() {
     static constexpr const char* function = "stop_device_mgr";
     plugin_log("3rdPartyHeadsetPlugin: %s: enter\n", function);
-    const auto manager = g_device_mgr().get();
+    auto manager = g_device_mgr().get();
     const auto window = window_of(manager);
     if (manager) {
         manager->device_mgr_stop();
     }
     g_device_mgr().replace(manager, nullptr);
+    manager.reset();  // gone, unless somebody else still works with it, before the stop is called completed
     plugin_log("3rdPartyHeadsetPlugin: %s: completed\n", function);
     plugin_control::end_message_thread(window);
     plugin_log("3rdPartyHeadsetPlugin: %s: try to end message thread \n", function);

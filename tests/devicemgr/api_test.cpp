@@ -1,6 +1,7 @@
 // The device manager as the rest of the plug-in reaches it.
 #include "device/device_events.h"
 #include "tests/devicemgr/manager_fixture.h"
+#include "tests/plugin/plugin_threads.h"
 
 using namespace manager_test;
 using test_support::in_order;
@@ -237,6 +238,20 @@ TEST_F(DeviceManagerApi, tasks_run_on_the_worker_one_after_the_other) {
     ASSERT_TRUE(last.wait_for_arrival());
     EXPECT_EQ(order, (std::vector<int>{0, 1, 2}));
     EXPECT_EQ(logger_->lines(), Lines{});
+}
+
+TEST_F(DeviceManagerApi, a_stop_lets_go_of_the_manager_before_it_is_completed) {
+    start();
+    bool is_gone = false;
+    logger_->on_line([&](const std::string& logged) {
+        if (logged == api_line("stop_device_mgr", "completed")) {
+            is_gone =
+                test_support::eventually([] { return test_support::count_threads("orvex-worker") == 0; });
+        }
+    });
+    stop_device_mgr();
+    logger_->on_line({});
+    EXPECT_TRUE(is_gone) << "the manager joins its worker when it goes";
 }
 
 TEST_F(DeviceManagerApi, a_task_that_waits_when_the_manager_stops_is_dropped) {
