@@ -15,7 +15,7 @@
 namespace platform::common {
 
 /// Lives as long as the process. Thread: any.
-class QueuedMessageWindows final : public MessageWindows {
+class QueuedMessageWindows : public MessageWindows {
   public:
     QueuedMessageWindows();
     ~QueuedMessageWindows() override;

@@ -20,7 +20,7 @@ ALLOWED = {
     "platform": set(),
     "platform/common": {"platform"},
     "platform/hidp": {"platform"},
-    "platform/null": {"platform", "platform/common"},
+    "platform/linux": {"platform", "platform/common", "platform/hidp"},
     "platform/virtual": {"platform", "platform/common", "platform/hidp"},
     "platform/virtual/headsets": set(),
     "platform/virtual/exports": {"include/orvex", "platform", "platform/virtual", "platform/virtual/headsets"},
@@ -34,7 +34,7 @@ ALLOWED = {
     "plugin/exports": DEVICEMGR | {"plugin", "callstate", "include/orvex"},
     "tools/common": set(),
     "tools/headset": DEVICEMGR | {"tools/common", "include/orvex", "platform/hidp", "platform/virtual"},
-    "tools/softphone": {"tools/common", "include/orvex"},
+    "tools/softphone": {"tools/common", "include/orvex", "platform/common"},
 }
 
 # The operating system's headers, by their folders and names: they bring macros, so only platforms include them. Of

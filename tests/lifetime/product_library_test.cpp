@@ -29,22 +29,20 @@ TEST(ProductLibrary, loads_starts_stops_and_unloads) {
     EXPECT_TRUE(wait_for_plugin_threads_to_end());
 }
 
-TEST(ProductLibrary, enumerates_nothing_and_says_why_where_no_system_is_supported_yet) {
+TEST(ProductLibrary, says_why_a_device_cannot_be_opened) {
     const PluginLibrary library(ORVEX_PRODUCT_LIBRARY);
-    EXPECT_EQ(library.find<Enumerate>("hid_enumerate")(0, 0), nullptr);
-    EXPECT_NE(std::wstring(library.find<decltype(hid_error)>("hid_error")(nullptr)).find(L"not supported"),
-              std::wstring::npos);
+    EXPECT_EQ(library.find<decltype(hid_open_path)>("hid_open_path")("/dev/hidraw-none:1"), nullptr);
+    EXPECT_STREQ(library.find<decltype(hid_error)>("hid_error")(nullptr),
+                 L"CreateFile: /dev/hidraw-none: No such file or directory");
 }
 
-TEST(ProductLibrary, logs_that_there_is_no_message_window_where_no_system_is_supported_yet) {
+TEST(ProductLibrary, has_its_message_window_and_looks_for_headsets) {
     const PluginLibrary library(ORVEX_PRODUCT_LIBRARY);
     const auto logger = std::make_shared<RecordingLogger>();
-    // The line is lost when the message thread writes it before the plug-in is made: the next start has it.
-    EXPECT_TRUE(eventually([&] {
-        library.create_control(logger);
-        library.stop();
-        return logger->count("HeadsetPlugin: RegisterClassEx failed with error code 50 \n") > 0;
-    }));
+    const auto control = library.create_control(logger);
+    EXPECT_TRUE(logger->wait_for("HeadsetPlugin: MessageThread: Message Thread is running \n"));
+    library.stop();
+    EXPECT_TRUE(wait_for_plugin_threads_to_end());
 }
 
 TEST(ProductLibrary, has_no_virtual_headsets) {

@@ -5,7 +5,7 @@
 #include <mutex>
 
 #include "tools/softphone/event.h"
-#include "tools/softphone/file_descriptor.h"
+#include "platform/common/file_descriptor.h"
 
 namespace softphone {
 
@@ -24,7 +24,7 @@ class EventQueue {
     int descriptor() const { return wakeup_.get(); }
 
   private:
-    FileDescriptor
+    platform::common::FileDescriptor
         wakeup_;        ///< an eventfd: a poll() can wait for it together with the terminal and the signals
     std::mutex mutex_;  ///< guards events_
     std::deque<Event> events_;

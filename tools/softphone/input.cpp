@@ -12,12 +12,12 @@ namespace {
 std::unique_ptr<Input> make_reader(int descriptor, const std::string& name) {
     if (descriptor < 0)
         throw CommandError("cannot open " + name + ": " + std::strerror(errno));
-    return std::make_unique<LineReader>(FileDescriptor(descriptor), name);
+    return std::make_unique<LineReader>(platform::common::FileDescriptor(descriptor), name);
 }
 
 }  // namespace
 
-LineReader::LineReader(FileDescriptor file, std::string name)
+LineReader::LineReader(platform::common::FileDescriptor file, std::string name)
     : file_(std::move(file)), name_(std::move(name)) {}
 
 bool LineReader::read(const LineHandler& handle) {

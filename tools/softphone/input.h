@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "tools/softphone/file_descriptor.h"
+#include "platform/common/file_descriptor.h"
 #include "tools/softphone/text.h"
 
 namespace softphone {
@@ -34,7 +34,7 @@ class Input {
 /// Reads lines from a file or a pipe.
 class LineReader final : public Input {
   public:
-    LineReader(FileDescriptor file, std::string name);
+    LineReader(platform::common::FileDescriptor file, std::string name);
 
     int descriptor() const override { return file_.get(); }
     bool read(const LineHandler& handle) override;
@@ -45,7 +45,7 @@ class LineReader final : public Input {
   private:
     bool hand_over(const std::string& line, const LineHandler& handle);
 
-    FileDescriptor file_;
+    platform::common::FileDescriptor file_;
     std::string name_;
     std::string rest_;  ///< the beginning of a line that is not finished yet
     int line_number_ = 0;

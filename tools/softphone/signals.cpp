@@ -17,7 +17,7 @@ Signals::Signals(bool terminal) {
             sigaddset(&set, signal);
     if (const int error = pthread_sigmask(SIG_BLOCK, &set, nullptr))
         throw std::system_error(error, std::generic_category(), "pthread_sigmask");
-    descriptor_ = FileDescriptor(signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
+    descriptor_ = platform::common::FileDescriptor(signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
     if (descriptor_.get() < 0)
         throw std::system_error(errno, std::generic_category(), "signalfd");
 }

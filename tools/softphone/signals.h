@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "tools/softphone/file_descriptor.h"
+#include "platform/common/file_descriptor.h"
 
 namespace softphone {
 
@@ -21,7 +21,7 @@ class Signals {
     std::optional<int> take();
 
   private:
-    FileDescriptor descriptor_;
+    platform::common::FileDescriptor descriptor_;
 };
 
 }  // namespace softphone

@@ -1,9 +1,10 @@
+// A file descriptor with an owner.
 #pragma once
 
 #include <unistd.h>
 #include <utility>
 
-namespace softphone {
+namespace platform::common {
 
 /// Owns a file descriptor; -1 is none.
 class FileDescriptor {
@@ -15,8 +16,9 @@ class FileDescriptor {
         return *this;
     }
     ~FileDescriptor() {
-        if (descriptor_ >= 0)
-            close(descriptor_);
+        if (descriptor_ >= 0) {
+            ::close(descriptor_);
+        }
     }
 
     int get() const { return descriptor_; }
@@ -25,4 +27,4 @@ class FileDescriptor {
     int descriptor_;
 };
 
-}  // namespace softphone
+}  // namespace platform::common

@@ -1,0 +1,45 @@
+#include "platform/linux/hidapi.h"
+
+#include <string>
+
+namespace platform::linux_platform {
+
+namespace {
+
+constexpr const char* library_name = "libhidapi-hidraw.so.0";
+
+/// Throws LibraryError for a hidapi whose enumeration has no usages and no bus type: those came with 0.13.0.
+void check_version(const SharedLibrary& library) {
+    decltype(&::hid_version) version = nullptr;
+    library.look_up("hid_version", version);
+    const hid_api_version& found = *version();
+    if (found.major == 0 && found.minor < 13) {
+        throw LibraryError(std::string(library_name) + " is hidapi " + std::to_string(found.major) + "." +
+                           std::to_string(found.minor) + "." + std::to_string(found.patch) +
+                           "; 0.13.0 or later is needed");
+    }
+}
+
+}  // namespace
+
+Hidapi load_hidapi() {
+    const SharedLibrary library(library_name);
+    check_version(library);
+    Hidapi table{};
+    library.look_up("hid_init", table.hid_init);
+    library.look_up("hid_enumerate", table.hid_enumerate);
+    library.look_up("hid_free_enumeration", table.hid_free_enumeration);
+    library.look_up("hid_open_path", table.hid_open_path);
+    library.look_up("hid_write", table.hid_write);
+    library.look_up("hid_send_feature_report", table.hid_send_feature_report);
+    library.look_up("hid_get_feature_report", table.hid_get_feature_report);
+    library.look_up("hid_close", table.hid_close);
+    library.look_up("hid_get_manufacturer_string", table.hid_get_manufacturer_string);
+    library.look_up("hid_get_product_string", table.hid_get_product_string);
+    library.look_up("hid_get_serial_number_string", table.hid_get_serial_number_string);
+    library.look_up("hid_get_indexed_string", table.hid_get_indexed_string);
+    library.look_up("hid_error", table.hid_error);
+    return table;
+}
+
+}  // namespace platform::linux_platform

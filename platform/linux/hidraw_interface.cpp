@@ -1,0 +1,190 @@
+#include "platform/linux/hidraw_interface.h"
+
+#include <algorithm>
+#include <array>
+#include <stdexcept>
+
+#include "platform/linux/utf8_locale.h"
+
+namespace platform::linux_platform {
+
+using std::chrono::milliseconds;
+
+namespace {
+
+constexpr USAGE telephony_page = 0x0B;  // HID Usage Tables, section 3.1
+
+/// What the kernel keeps for an open node (kernel, include/linux/hidraw.h: HIDRAW_BUFFER_SIZE).
+constexpr ULONG most_buffers = 64;
+
+/// How long the kernel gives a device for a control transfer (kernel, include/linux/usb.h:
+/// USB_CTRL_GET_TIMEOUT), and the calls before it as much again.
+constexpr milliseconds feature_timeout{10'000};
+
+/// A USB string has at most 126 characters (USB 2.0, section 9.6.7), a name made through uhid 127 bytes.
+constexpr std::size_t longest_string = 255;
+
+/// What hidapi's functions give: bytes, or 0 for a string, or -1 and a text.
+IoResult outcome(const OpenNode& node, int result) {
+    if (result >= 0) {
+        return {.status = IoResult::Status::done, .size = static_cast<std::size_t>(result)};
+    }
+    const wchar_t* const error = node.hidapi.hid_error(node.device);
+    return {.status = IoResult::Status::failed, .error = error == nullptr ? L"" : error};
+}
+
+std::vector<std::uint8_t> copy(std::span<const std::uint8_t> bytes) {
+    return {bytes.begin(), bytes.end()};
+}
+
+USAGE usage_page(const hidp::PreparsedData& data) {
+    HIDP_CAPS caps{};
+    hidp::parser().HidP_GetCaps(data.get(), &caps);
+    return caps.UsagePage;
+}
+
+std::size_t telephony_or_first(const std::vector<hidp::PreparsedData>& collections) {
+    const auto found =
+        std::find_if(collections.begin(), collections.end(),
+                     [](const hidp::PreparsedData& data) { return usage_page(data) == telephony_page; });
+    return found == collections.end() ? 0 : static_cast<std::size_t>(found - collections.begin());
+}
+
+}  // namespace
+
+CollectionDescriptor::CollectionDescriptor(std::vector<std::uint8_t> descriptor,
+                                           std::optional<std::size_t> collection)
+    : descriptor_(std::move(descriptor)) {
+    auto parsed = hidp::parse(descriptor_);
+    if (parsed.error) {
+        throw std::runtime_error("report descriptor: " + parsed.error->to_string());
+    }
+    collection_ = collection.value_or(telephony_or_first(parsed.collections));
+    if (collection_ >= parsed.collections.size()) {
+        throw std::runtime_error("the device has no such collection");
+    }
+    parsed_ = std::move(parsed.collections[collection_]);
+}
+
+hidp::PreparsedData CollectionDescriptor::parse() const {
+    return std::move(hidp::parse(descriptor_).collections[collection_]);
+}
+
+std::size_t CollectionDescriptor::report_length(HIDP_REPORT_TYPE type, std::uint8_t report_id) const {
+    return hidp::report_length(parsed_.get(), type, report_id);
+}
+
+HidrawInterface::HidrawInterface(std::shared_ptr<const OpenNode> node, CollectionDescriptor collection)
+    : node_(std::move(node)),
+      collection_(std::move(collection)),
+      reader_(node_->hidraw.get(),
+              [this](std::span<const std::uint8_t> report) { return is_own_input(report); }) {}
+
+/// Every open handle of a node gets the reports of all its collections.
+bool HidrawInterface::is_own_input(std::span<const std::uint8_t> report) const {
+    return !collection_.has_report_ids() || collection_.report_length(HidP_Input, report[0]) != 0;
+}
+
+bool HidrawInterface::HidD_SetNumInputBuffers(ULONG count) {
+    return count <= most_buffers;
+}
+
+PHIDP_PREPARSED_DATA HidrawInterface::HidD_GetPreparsedData() {
+    return collection_.parse().release();
+}
+
+IoResult HidrawInterface::read(std::span<std::uint8_t> report, milliseconds timeout) {
+    if (collection_.has_report_ids()) {
+        return reader_.read(report, timeout);
+    }
+    // A report without id comes without the byte, too. A read needs room for one byte, or it takes nothing.
+    std::uint8_t scratch = 0;
+    const std::span<std::uint8_t> data = report.size() > 1 ? report.subspan(1) : std::span(&scratch, 1);
+    IoResult result = reader_.read(data, timeout);
+    if (result.status == IoResult::Status::done) {
+        report[0] = 0;
+        result.size = std::min(result.size + 1, report.size());
+    }
+    return result;
+}
+
+IoResult HidrawInterface::write(std::span<const std::uint8_t> report, milliseconds timeout) {
+    // The kernel sends as many bytes as it is given.
+    const std::size_t length = collection_.report_length(HidP_Output, report[0]);
+    const auto sent = report.first(length == 0 ? report.size() : std::min(length, report.size()));
+    IoResult result = calls_.run(
+        [node = node_, bytes = copy(sent)] {
+            return outcome(*node, node->hidapi.hid_write(node->device, bytes.data(), bytes.size()));
+        },
+        timeout);
+    if (result.status == IoResult::Status::done) {
+        result.size = report.size();
+    }
+    return result;
+}
+
+void HidrawInterface::cancel() {
+    reader_.cancel();
+    calls_.cancel();
+}
+
+void HidrawInterface::end_reading() {
+    reader_.end();
+}
+
+bool HidrawInterface::is_connected() {
+    return reader_.is_connected();
+}
+
+IoResult HidrawInterface::HidD_SetFeature(std::span<const std::uint8_t> report) {
+    return calls_.run(
+        [node = node_, bytes = copy(report)] {
+            return outcome(*node,
+                           node->hidapi.hid_send_feature_report(node->device, bytes.data(), bytes.size()));
+        },
+        feature_timeout);
+}
+
+IoResult HidrawInterface::HidD_GetFeature(std::span<std::uint8_t> report) {
+    const auto bytes = std::make_shared<std::vector<std::uint8_t>>(copy(report));
+    IoResult result = calls_.run(
+        [node = node_, bytes] {
+            return outcome(*node,
+                           node->hidapi.hid_get_feature_report(node->device, bytes->data(), bytes->size()));
+        },
+        feature_timeout);
+    if (result.status == IoResult::Status::done) {
+        std::copy(bytes->begin(), bytes->end(), report.begin());
+    }
+    return result;
+}
+
+std::optional<std::wstring> HidrawInterface::string(HidString which) {
+    return fetch_string([node = node_, which](wchar_t* text, std::size_t room) {
+        const Hidapi& hidapi = node->hidapi;
+        const auto function = which == HidString::manufacturer ? hidapi.hid_get_manufacturer_string
+                              : which == HidString::product    ? hidapi.hid_get_product_string
+                                                               : hidapi.hid_get_serial_number_string;
+        return function(node->device, text, room);
+    });
+}
+
+std::optional<std::wstring> HidrawInterface::HidD_GetIndexedString(ULONG index) {
+    return fetch_string([node = node_, index](wchar_t* text, std::size_t room) {
+        return node->hidapi.hid_get_indexed_string(node->device, static_cast<int>(index), text, room);
+    });
+}
+
+template <typename Fetch>
+std::optional<std::wstring> HidrawInterface::fetch_string(Fetch fetch) {
+    const auto text = std::make_shared<std::array<wchar_t, longest_string + 1>>();
+    const IoResult result = calls_.run(
+        [node = node_, fetch, text] {
+            const Utf8Locale utf8;
+            return outcome(*node, fetch(text->data(), text->size()));
+        },
+        feature_timeout);
+    return result.status == IoResult::Status::done ? std::optional<std::wstring>(text->data()) : std::nullopt;
+}
+
+}  // namespace platform::linux_platform

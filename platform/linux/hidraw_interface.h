@@ -1,0 +1,75 @@
+// One opened top-level collection of a hidraw node.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "platform/hidp/hidp.h"
+#include "platform/linux/device_calls.h"
+#include "platform/linux/hidapi.h"
+#include "platform/linux/report_reader.h"
+
+namespace platform::linux_platform {
+
+/// A report descriptor with the collection of it that is meant.
+class CollectionDescriptor {
+  public:
+    /// \param collection  counted from 0; absent: the telephony collection, else the first
+    /// Throws std::runtime_error where the descriptor is refused or has no such collection.
+    CollectionDescriptor(std::vector<std::uint8_t> descriptor, std::optional<std::size_t> collection);
+
+    /// Parsed anew: the caller owns it.
+    hidp::PreparsedData parse() const;
+    const hidp::PreparsedData& parsed() const { return parsed_; }
+    bool has_report_ids() const { return hidp::has_report_ids(parsed_.get()); }
+    /// The length of one report, id byte included, 0 for one that the collection does not have.
+    std::size_t report_length(HIDP_REPORT_TYPE type, std::uint8_t report_id) const;
+
+  private:
+    std::vector<std::uint8_t> descriptor_;
+    std::size_t collection_ = 0;
+    hidp::PreparsedData parsed_;
+};
+
+/// A hidraw node that is open twice: through hidapi, and for reading. Closed by whoever lets go last.
+struct OpenNode {
+    OpenNode(const Hidapi& functions, hid_device* opened, common::FileDescriptor reading)
+        : hidapi(functions), device(opened), hidraw(std::move(reading)) {}
+    ~OpenNode() { hidapi.hid_close(device); }
+    OpenNode(const OpenNode&) = delete;
+    OpenNode& operator=(const OpenNode&) = delete;
+
+    const Hidapi& hidapi;
+    hid_device* const device;
+    const common::FileDescriptor hidraw;
+};
+
+class HidrawInterface final : public HidInterface {
+  public:
+    /// Throws std::system_error where the system has no descriptor left.
+    HidrawInterface(std::shared_ptr<const OpenNode> node, CollectionDescriptor collection);
+
+    bool HidD_SetNumInputBuffers(ULONG count) override;
+    PHIDP_PREPARSED_DATA HidD_GetPreparsedData() override;
+    IoResult read(std::span<std::uint8_t> report, std::chrono::milliseconds timeout) override;
+    IoResult write(std::span<const std::uint8_t> report, std::chrono::milliseconds timeout) override;
+    void cancel() override;
+    void end_reading() override;
+    bool is_connected() override;
+    IoResult HidD_SetFeature(std::span<const std::uint8_t> report) override;
+    IoResult HidD_GetFeature(std::span<std::uint8_t> report) override;
+    std::optional<std::wstring> string(HidString which) override;
+    std::optional<std::wstring> HidD_GetIndexedString(ULONG index) override;
+
+  private:
+    bool is_own_input(std::span<const std::uint8_t> report) const;
+    template <typename Fetch>
+    std::optional<std::wstring> fetch_string(Fetch fetch);
+
+    const std::shared_ptr<const OpenNode> node_;
+    const CollectionDescriptor collection_;
+    ReportReader reader_;
+    DeviceCalls calls_;
+};
+
+}  // namespace platform::linux_platform

@@ -1,0 +1,36 @@
+// Libraries of the system that are loaded by name: the plug-in itself loads where they are missing, and says
+// so.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace platform::linux_platform {
+
+/// A library that cannot be loaded, or lacks a function; the text names both.
+class LibraryError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// A library that stays loaded for as long as the process lives: the host may use it, too, and threads that
+/// are still on their way out may be inside it.
+class SharedLibrary {
+  public:
+    /// Loads the library. Throws LibraryError.
+    explicit SharedLibrary(const char* name);
+
+    /// Sets `function` to the library's own function of this name. Throws LibraryError.
+    template <typename Function>
+    void look_up(const char* name, Function& function) const {
+        function = reinterpret_cast<Function>(symbol(name));
+    }
+
+  private:
+    void* symbol(const char* name) const;
+
+    std::string name_;
+    void* handle_;
+};
+
+}  // namespace platform::linux_platform
