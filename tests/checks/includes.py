@@ -34,7 +34,7 @@ ALLOWED = {
     "plugin/exports": DEVICEMGR | {"plugin", "callstate", "include/orvex"},
     "tools/common": set(),
     "tools/headset": DEVICEMGR | {"tools/common", "include/orvex", "platform/hidp", "platform/virtual"},
-    "tools/softphone": {"tools/common", "include/orvex", "platform/common"},
+    "tools/softphone": {"tools/common", "include/orvex", "platform", "platform/common"},
 }
 
 # The operating system's headers, by their folders and names: they bring macros, so only platforms include them. Of

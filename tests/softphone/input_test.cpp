@@ -21,7 +21,7 @@ class LineReaderTest : public testing::Test {
         return reader_.read(keep_);
     }
     bool close_and_read() {
-        sender_ = FileDescriptor();
+        sender_ = platform::common::FileDescriptor();
         return reader_.read(keep_);
     }
 
@@ -36,9 +36,9 @@ class LineReaderTest : public testing::Test {
         return ends;
     }
     explicit LineReaderTest(std::array<int, 2> ends)
-        : sender_(ends[1]), reader_(FileDescriptor(ends[0]), "f") {}
+        : sender_(ends[1]), reader_(platform::common::FileDescriptor(ends[0]), "f") {}
 
-    FileDescriptor sender_;
+    platform::common::FileDescriptor sender_;
     LineReader reader_;
     LineHandler keep_ = [this](const std::string& line, const std::string& place) {
         lines_.emplace_back(line, place);

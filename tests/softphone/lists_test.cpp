@@ -105,6 +105,39 @@ TEST(HeadsetList, without_a_name_the_only_plugged_one_is_chosen) {
     EXPECT_THROW(headsets.choose("third"), CommandError);
 }
 
+TEST(HeadsetList, headsets_that_are_found_are_added_once_under_a_name_of_their_product) {
+    HeadsetList headsets;
+    headsets.take_found(
+        {{"Jabra Link 380c", "A"}, {"Jabra Link 380c", "B"}, {"  (2) ", "C"}, {"\xC3\xA9", "D"}});
+    headsets.take_found(
+        {{"Jabra Link 380c", "A"}, {"Jabra Link 380c", "B"}, {"  (2) ", "C"}, {"\xC3\xA9", "D"}});
+    EXPECT_EQ(headsets.names(), (Words{"jabra-link-380c", "jabra-link-380c-2", "2", "headset"}));
+    EXPECT_EQ(headsets.find("jabra-link-380c-2")->serial, "B");
+    EXPECT_EQ(headsets.find("jabra-link-380c-2")->product, "Jabra Link 380c");
+}
+
+TEST(HeadsetList, a_headset_that_is_not_found_any_more_is_unplugged_until_it_is_found_again) {
+    HeadsetList headsets;
+    headsets.take_found({{"Headset", "A"}});
+    EXPECT_TRUE(headsets.find_serial("A")->plugged);
+    headsets.take_found({});
+    EXPECT_FALSE(headsets.find_serial("A")->plugged);
+    headsets.take_found({{"Headset", "A"}});
+    EXPECT_TRUE(headsets.find_serial("A")->plugged);
+    EXPECT_EQ(headsets.all().size(), 1U);
+}
+
+TEST(HeadsetList, a_virtual_headset_that_is_found_is_no_other_one_and_has_its_own_news) {
+    HeadsetList headsets;
+    headsets.add(1, "jabra").serial = "A";
+    headsets.take_found({{"Jabra Link 380c", "A"}});
+    EXPECT_EQ(headsets.all().size(), 1U);
+    EXPECT_FALSE(headsets.find("jabra")->plugged);
+    headsets.find("jabra")->plugged = true;
+    headsets.take_found({});
+    EXPECT_TRUE(headsets.find("jabra")->plugged);
+}
+
 TEST(HeadsetList, one_at_a_time_is_ready) {
     HeadsetList headsets;
     const Headset& first = headsets.add(1, "first");

@@ -32,8 +32,8 @@ constexpr const char* ready_jabra =
 TEST(Program, help_documents_the_exit_statuses) {
     const auto result = run_program({"--help"});
     EXPECT_EQ(result.status, 0);
-    for (const char* part :
-         {"--library", "--script", "--json", "--log", "--plain", "--narrate", "Exit status", "NO_COLOR"})
+    for (const char* part : {"--library", "--real", "--headsets", "--script", "--json", "--log", "--plain",
+                             "--narrate", "Exit status", "NO_COLOR"})
         EXPECT_TRUE(contains(result.output, part)) << part;
 }
 
@@ -76,6 +76,34 @@ TEST(Program, the_product_library_has_calls_but_no_virtual_headsets) {
     const auto plugging = run_program(product, "plug jabra-link-380c\n");
     EXPECT_EQ(plugging.status, 2);
     EXPECT_EQ(plugging.errors, "<stdin>:1: this library has no virtual headsets\n");
+}
+
+TEST(Program, the_audio_devices_of_the_headsets_are_listed) {
+    const auto result = run_commands(
+        "plug jabra-link-380c as jabra\nplug poly-blackwire-3220 S2 as poly\nunplug poly\ndevice\n");
+    EXPECT_EQ(result.status, 0) << result.output << result.errors;
+    EXPECT_TRUE(contains(
+        result.output,
+        "jabra: \"usb-Jabra_Link_380c_50C2ED83A1F4-00\", \"Jabra Link 380c\", serial \"50C2ED83A1F4\"\n"))
+        << result.output;
+    EXPECT_FALSE(contains(result.output, "poly: ")) << result.output;
+}
+
+TEST(Program, works_with_the_product_library_by_a_word) {
+    const auto result = run_program({"--real"}, "models\n");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.errors, "<stdin>:1: this library has no virtual headsets\n");
+    EXPECT_EQ(run_program({"--real", "--library", "x"}).status, 2);
+}
+
+TEST(Program, takes_virtual_headsets_from_a_library_beside_the_plug_in) {
+    const std::vector<std::string> beside{"--real", "--headsets", ORVEX_VIRTUAL_LIBRARY};
+    const auto result = run_program(beside, "plug jabra-link-380c\nheadsets\ndevice\n");
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_TRUE(contains(result.output, "jabra-link-380c (1): Jabra Link 380c")) << result.output;
+    const auto missing = run_program({"--real", "--headsets", ORVEX_PRODUCT_LIBRARY});
+    EXPECT_EQ(missing.status, 3);
+    EXPECT_TRUE(contains(missing.errors, "orvex_virtual_model")) << missing.errors;
 }
 
 TEST(Program, a_failed_expectation_is_status_1_and_does_not_end_the_script) {

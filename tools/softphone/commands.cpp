@@ -52,7 +52,22 @@ AudioDevice audio_device(const Words& words, const Headset* headset) {
     return {words[0], words.size() > 1 ? words[1] : "", words.size() > 2 ? words[2] : ""};
 }
 
+/// The audio devices of the headsets that can be chosen now.
+void list_devices(Softphone& softphone) {
+    for (const auto& headset : softphone.state().headsets.all()) {
+        if (headset.plugged) {
+            const AudioDevice device = audio_device_of(headset);
+            softphone.print(DeviceListed{headset.name, device.id, device.name, device.serial});
+        }
+    }
+}
+
 void device(Softphone& softphone, const Words& words) {
+    softphone.look_for_headsets();
+    if (words.empty()) {
+        list_devices(softphone);
+        return;
+    }
     HeadsetList& headsets = softphone.state().headsets;
     const AudioDevice device = audio_device(words, headsets.find(words[0]));
     // No device at all changes nothing; any other one puts the active headset out of use until a notice says
@@ -63,6 +78,7 @@ void device(Softphone& softphone, const Words& words) {
 }
 
 void headsets(Softphone& softphone, const Words& /*words*/) {
+    softphone.look_for_headsets();
     for (const auto& headset : softphone.state().headsets.all())
         softphone.print(HeadsetListed{headset});
 }
@@ -189,13 +205,12 @@ constexpr std::array table{
             "The list replaces all calls that the plug-in knows, as after a start of the plug-in.", sync},
     Command{"calls", "", "shows the calls", "", calls},
     Command{
-        "device", "HEADSET|ID|none [NAME [SERIAL]]", "chooses the audio device for calls",
-        "A HEADSET alone chooses the audio device that belongs to it, under the id that a desktop gives it: with "
+        "device", "[HEADSET|ID|none [NAME [SERIAL]]]", "chooses the audio device for calls",
+        "Without arguments: shows the audio devices of the headsets. A HEADSET alone chooses the audio device that belongs to it, under the id that a desktop gives it: with "
         "product and serial number in it. Otherwise ID, NAME and SERIAL are passed on as they are. `none` is no "
         "device. After a headset was plugged again it has to be chosen again.",
         device},
-    Command{"headsets", "", "shows the headsets", "Virtual ones, and real ones that have been ready.",
-            headsets},
+    Command{"headsets", "", "shows the headsets", "Virtual ones, and real ones with telephony.", headsets},
     Command{"dnd", "VALUE", "sets do-not-disturb to a number", "The plug-in logs it, no more.",
             do_not_disturb},
     Command{
@@ -312,7 +327,11 @@ constexpr std::array candidate_rows{
                      return names;
                  }},
     CandidateRow{"FAULT", [](Softphone&) { return VirtualHeadsets::faults(); }},
-    CandidateRow{"HEADSET", [](Softphone& softphone) { return softphone.state().headsets.names(); }},
+    CandidateRow{"HEADSET",
+                 [](Softphone& softphone) {
+                     softphone.look_for_headsets();
+                     return softphone.state().headsets.names();
+                 }},
     CandidateRow{"INDICATOR", [](Softphone&) { return names_of(indicator_names()); }},
     CandidateRow{"KEY", [](Softphone&) { return names_of(key_names()); }},
     CandidateRow{"MODEL",

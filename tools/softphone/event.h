@@ -146,6 +146,14 @@ struct HeadsetListed {
     Headset headset;
 };
 
+/// An entry of the list of audio devices: that of a headset.
+struct DeviceListed {
+    std::string headset;
+    std::string id;
+    std::string name;
+    std::string serial;
+};
+
 /// An entry of the list of models.
 struct ModelListed {
     std::string name;
@@ -157,9 +165,10 @@ struct Text {
     std::string text;
 };
 
-using Event = std::variant<HostCall, HostResult, CallChanged, ListenerAttached, ActionRequested,
-                           ConfigKeyPressed, HeadsetReady, HeadsetRemoved, Plugged, Unplugged, ReportReceived,
-                           ReportSent, IndicatorChanged, KeyWorked, LogLine, CommandGiven, Said,
-                           ExpectationChecked, CommandFailed, CallListed, HeadsetListed, ModelListed, Text>;
+using Event =
+    std::variant<HostCall, HostResult, CallChanged, ListenerAttached, ActionRequested, ConfigKeyPressed,
+                 HeadsetReady, HeadsetRemoved, Plugged, Unplugged, ReportReceived, ReportSent,
+                 IndicatorChanged, KeyWorked, LogLine, CommandGiven, Said, ExpectationChecked, CommandFailed,
+                 CallListed, HeadsetListed, DeviceListed, ModelListed, Text>;
 
 }  // namespace softphone

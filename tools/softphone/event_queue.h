@@ -4,8 +4,8 @@
 #include <deque>
 #include <mutex>
 
-#include "tools/softphone/event.h"
 #include "platform/common/file_descriptor.h"
+#include "tools/softphone/event.h"
 
 namespace softphone {
 

@@ -1,6 +1,7 @@
 #include "tools/softphone/headset_list.h"
 
 #include <algorithm>
+#include <cctype>
 #include <iterator>
 
 namespace softphone {
@@ -32,6 +33,21 @@ auto find_by_serial(List& list, std::string_view serial) {
                    : find_if(list, [&](const Headset& headset) { return headset.serial == serial; });
 }
 
+/// "jabra-link-380c" for "Jabra Link 380c".
+std::string name_from(std::string_view product) {
+    std::string name;
+    for (const char c : product) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (std::isalnum(byte) != 0)
+            name += static_cast<char>(std::tolower(byte));
+        else if (!name.empty() && name.back() != '-')
+            name += '-';
+    }
+    if (!name.empty() && name.back() == '-')
+        name.pop_back();
+    return name.empty() ? "headset" : name;
+}
+
 }  // namespace
 
 const Indicator* Headset::indicator(Usage usage) const {
@@ -55,6 +71,23 @@ Headset& HeadsetList::add(int number, const std::string& name) {
     headset.number = number;
     headset.name = free_name;
     return headset;
+}
+
+void HeadsetList::take_found(const std::vector<FoundHeadset>& found) {
+    for (auto& headset : headsets_)
+        if (headset.number == 0)
+            headset.plugged = std::ranges::count(found, headset.serial, &FoundHeadset::serial) != 0;
+    for (const auto& headset : found)
+        if (!find_serial(headset.serial))
+            add_found(headset);
+}
+
+Headset& HeadsetList::add_found(const FoundHeadset& found) {
+    Headset& added = add(0, name_from(found.product));
+    added.product = found.product;
+    added.serial = found.serial;
+    added.plugged = true;
+    return added;
 }
 
 Headset* HeadsetList::find(std::string_view name) {

@@ -31,6 +31,12 @@ struct Headset {
     const Indicator* indicator(Usage usage) const;
 };
 
+/// A headset that the plug-in sees.
+struct FoundHeadset {
+    std::string product;
+    std::string serial;
+};
+
 /// The names of the lit indicators, "all dark" when none is.
 std::string lit_names(const std::vector<Indicator>& indicators);
 
@@ -39,6 +45,12 @@ class HeadsetList {
   public:
     /// Adds a headset. `name`, or a name made from it when it is taken already, becomes its name.
     Headset& add(int number, const std::string& name);
+
+    /// Takes in what the plug-in sees now: adds headsets that are new, under a name made from the product,
+    /// and marks real ones that have come back or gone. Virtual ones have news of their own.
+    void take_found(const std::vector<FoundHeadset>& found);
+    /// Adds a real headset.
+    Headset& add_found(const FoundHeadset& found);
 
     /// The headset with this name or number, or null.
     Headset* find(std::string_view name);

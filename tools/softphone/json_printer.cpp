@@ -115,6 +115,13 @@ struct ToJson {
                 {"serial", headset.serial}, {"plugged", headset.plugged},
                 {"ready", headset.ready},   {"lit", lit_list(headset.indicators)}};
     }
+    Json operator()(const DeviceListed& event) const {
+        return {{"event", "device"},
+                {"headset", event.headset},
+                {"device_id", event.id},
+                {"name", event.name},
+                {"serial", event.serial}};
+    }
     Json operator()(const ModelListed& event) const {
         return {{"event", "model"}, {"name", event.name}, {"product", event.product}};
     }

@@ -31,6 +31,7 @@ constexpr Kind met{"ok", "checked", Colour::green};
 constexpr Kind failed{"FAILED", "FAILED", Colour::red};
 constexpr Kind listed_call{"call", "call", Colour::none};
 constexpr Kind listed_headset{"headset", "headset", Colour::none};
+constexpr Kind listed_device{"device", "device", Colour::none};
 constexpr Kind model{"model", "model", Colour::none};
 
 struct Line {
@@ -137,6 +138,10 @@ struct Describer {
     }
     std::optional<Line> operator()(const HeadsetListed& event) const {
         return Line{listed_headset, headset_text(event.headset)};
+    }
+    std::optional<Line> operator()(const DeviceListed& event) const {
+        return Line{listed_device, event.headset + ": " + quoted(event.id) + ", " + quoted(event.name) +
+                                       ", serial " + quoted(event.serial)};
     }
     std::optional<Line> operator()(const ModelListed& event) const {
         return Line{model, event.name + ": " + event.product};

@@ -57,7 +57,7 @@ int run(const Options& options) {
         input = options.script ? open_script(*options.script) : open_standard_input();
     // Before the library is loaded: the threads that it starts inherit what is blocked.
     Signals signals(interactive);
-    const PluginLibrary library(options.library);
+    const PluginLibrary library(options.library, options.headsets);
     const Style style(colour_wanted());
     return interactive ? run_terminal(options, library, signals, style)
                        : run_lines(options, library, signals, style, *input);

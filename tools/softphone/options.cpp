@@ -27,12 +27,19 @@ constexpr const char* footer =
 
 std::variant<Options, int> parse_options(int argc, const char* const* argv) {
     Options options;
-    options.library = default_library_path();
+    options.library = library_path(virtual_library_name);
+    bool real = false;
     CLI::App app(description, "softphone");
     app.footer(footer);
     app.add_option("--library", options.library, "the plug-in library to load")
         ->type_name("PATH")
         ->capture_default_str();
+    app.add_flag("--real", real,
+                 "load the product library, which works with the headsets that are plugged in")
+        ->excludes(app.get_option("--library"));
+    app.add_option("--headsets", options.headsets,
+                   "a library of virtual headsets to plug beside the plug-in's")
+        ->type_name("PATH");
     app.add_option("--script", options.script, "carry out the commands of a file, then end")
         ->type_name("FILE");
     app.add_flag("--json", options.json, "show every event as a JSON object on a line of its own");
@@ -46,6 +53,8 @@ std::variant<Options, int> parse_options(int argc, const char* const* argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? exit_ok : exit_bad_command;
     }
+    if (real)
+        options.library = library_path(product_library_name);
     return options;
 }
 

@@ -8,7 +8,8 @@
 namespace softphone {
 
 struct Options {
-    std::string library;  ///< path or name of the plug-in library
+    std::string library;   ///< path or name of the plug-in library
+    std::string headsets;  ///< path or name of a library of virtual headsets, empty for the plug-in's own
     std::optional<std::string> script;
     bool json = false;
     bool log = false;

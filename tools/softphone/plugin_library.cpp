@@ -4,17 +4,19 @@
 #include <filesystem>
 #include <system_error>
 
+#include "platform/text.h"
+
 namespace softphone {
 namespace {
 
-constexpr const char* library_name = "liborvex_headset_plugin_virtual.so";
+constexpr unsigned short telephony_page = 0x0B;  // HID Usage Tables, section 3.1
 
 /// Sets `function` to the library's function `name`; throws LibraryError when it has none.
 template <class Function>
 void look_up(void* handle, const char* name, Function& function) {
     void* const symbol = dlsym(handle, name);
     if (!symbol)
-        throw LibraryError(std::string("this is no headset plug-in, it lacks the function ") + name);
+        throw LibraryError(std::string("this library lacks the function ") + name);
     function = reinterpret_cast<Function>(symbol);
 }
 
@@ -44,24 +46,46 @@ void PluginLibrary::Closer::operator()(void* handle) const {
     dlclose(handle);
 }
 
-PluginLibrary::PluginLibrary(const std::string& path) {
+PluginLibrary::Handle PluginLibrary::load(const std::string& path) {
     // RTLD_NOW: a library that lacks something is refused here, and not in the middle of a call. RTLD_LOCAL:
     // its functions do not take the place of this program's own.
-    handle_.reset(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL));
-    if (!handle_)
-        throw LibraryError(std::string("cannot load the plug-in library: ") + dlerror());
+    Handle handle(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL));
+    if (!handle)
+        throw LibraryError(std::string("cannot load the library: ") + dlerror());
+    return handle;
+}
+
+PluginLibrary::PluginLibrary(const std::string& path, const std::string& headsets) : handle_(load(path)) {
     look_up(handle_.get(), "createPluginControlFacade", create_control);
     look_up(handle_.get(), "createPluginConfigFacade", create_config);
     look_up(handle_.get(), "stopPluginControlFacade", stop);
-    if (dlsym(handle_.get(), "orvex_virtual_plug"))
-        virtual_api = look_up_virtual_api(handle_.get());
+    look_up(handle_.get(), "hid_enumerate", hid_enumerate_);
+    look_up(handle_.get(), "hid_free_enumeration", hid_free_enumeration_);
+    if (!headsets.empty())
+        headsets_ = load(headsets);
+    void* const virtual_headsets = headsets_ ? headsets_.get() : handle_.get();
+    if (headsets_ || dlsym(virtual_headsets, "orvex_virtual_plug"))
+        virtual_api = look_up_virtual_api(virtual_headsets);
 }
 
-std::string default_library_path() {
+std::vector<FoundHeadset> PluginLibrary::find_headsets() const {
+    const std::unique_ptr<hid_device_info, decltype(hid_free_enumeration_)> list(hid_enumerate_(0, 0),
+                                                                                 hid_free_enumeration_);
+    std::vector<FoundHeadset> found;
+    for (const hid_device_info* entry = list.get(); entry != nullptr; entry = entry->next) {
+        if (entry->usage_page != telephony_page || !entry->serial_number || !*entry->serial_number)
+            continue;
+        found.push_back({entry->product_string ? platform::to_utf8(entry->product_string) : "",
+                         platform::to_utf8(entry->serial_number)});
+    }
+    return found;
+}
+
+std::string library_path(const char* name) {
     std::error_code error;
     const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
-    const auto beside = program.parent_path().parent_path() / "lib" / library_name;
-    return !error && std::filesystem::exists(beside, error) ? beside.string() : library_name;
+    const auto beside = program.parent_path().parent_path() / "lib" / name;
+    return !error && std::filesystem::exists(beside, error) ? beside.string() : name;
 }
 
 }  // namespace softphone

@@ -2,13 +2,16 @@
 // linked.
 #pragma once
 
+#include <hidapi/hidapi.h>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "orvex/headset_plugin.h"
 #include "orvex/virtual_headset.h"
+#include "tools/softphone/headset_list.h"
 
 namespace softphone {
 
@@ -40,7 +43,11 @@ struct VirtualApi {
 class PluginLibrary {
   public:
     /// Loads the library; throws LibraryError.
-    explicit PluginLibrary(const std::string& path);
+    /// \param headsets  a library of virtual headsets to use beside it, empty for those that it has itself
+    explicit PluginLibrary(const std::string& path, const std::string& headsets = {});
+
+    /// The headsets that the plug-in sees: what has a telephony collection and a serial number.
+    std::vector<FoundHeadset> find_headsets() const;
 
     decltype(&createPluginControlFacade) create_control;
     decltype(&createPluginConfigFacade) create_config;
@@ -51,11 +58,20 @@ class PluginLibrary {
     struct Closer {
         void operator()(void* handle) const;
     };
-    std::unique_ptr<void, Closer> handle_;
+    using Handle = std::unique_ptr<void, Closer>;
+    static Handle load(const std::string& path);
+
+    Handle handle_;
+    Handle headsets_;
+    decltype(&hid_enumerate) hid_enumerate_;
+    decltype(&hid_free_enumeration) hid_free_enumeration_;
 };
 
-/// Where the library is looked for without --library: beside the program's folder, as a build and an
-/// installation have it, else by its name where the system's loader looks.
-std::string default_library_path();
+inline constexpr const char* virtual_library_name = "liborvex_headset_plugin_virtual.so";
+inline constexpr const char* product_library_name = "liborvex_headset_plugin.so";
+
+/// Where a library is looked for without a path: beside the program's folder, as a build and an installation
+/// have it, else by its name where the system's loader looks.
+std::string library_path(const char* name);
 
 }  // namespace softphone

@@ -20,7 +20,8 @@ constexpr std::chrono::milliseconds::rep longest_wait = 1'000'000;
 
 Softphone::Softphone(const PluginLibrary& library, Signals& signals, Display& display, Printer& printer,
                      bool show_log)
-    : signals_(signals),
+    : library_(library),
+      signals_(signals),
       display_(display),
       printer_(printer),
       show_log_(show_log),

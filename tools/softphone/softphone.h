@@ -45,6 +45,8 @@ class Softphone {
     Host& host() { return host_; }
     Phone& phone() { return phone_; }
     VirtualHeadsets& virtual_headsets() { return virtual_headsets_; }
+    /// Takes in which headsets are plugged now.
+    void look_for_headsets() { state_.headsets.take_found(library_.find_headsets()); }
     /// Shows an event at once.
     void print(const Event& event);
     /// Has an event taken in and shown after those that wait already.
@@ -67,6 +69,7 @@ class Softphone {
     void take_events();
     void take(const Event& event);
 
+    const PluginLibrary& library_;
     Signals& signals_;
     Display& display_;
     Printer& printer_;

@@ -89,11 +89,7 @@ struct Applier {
             known->plugged = known->plugged || known->number == 0;
             return *known;
         }
-        Headset& added = state.headsets.add(0, "headset");
-        added.product = notice.device_name;
-        added.serial = notice.serial;
-        added.plugged = true;
-        return added;
+        return state.headsets.add_found({notice.device_name, notice.serial});
     }
 };
 
