@@ -14,16 +14,20 @@ namespace platform::linux_platform {
 
 namespace {
 
-/// A text that the device states. hidapi gives an empty one for none.
 std::optional<std::wstring> stated(const wchar_t* text) {
-    return text == nullptr || *text == L'\0' ? std::nullopt : std::optional<std::wstring>(text);
+    return text == nullptr ? std::nullopt : std::optional<std::wstring>(text);
+}
+
+/// hidapi gives an empty serial number for none; two headsets without one are not the same headset.
+std::optional<std::wstring> stated_serial(const wchar_t* text) {
+    return text == nullptr || *text == L'\0' ? std::nullopt : stated(text);
 }
 
 HidInterfaceInfo interface_info(const hid_device_info& entry) {
     return {.path = entry.path,
             .vendor_id = entry.vendor_id,
             .product_id = entry.product_id,
-            .serial_number = stated(entry.serial_number),
+            .serial_number = stated_serial(entry.serial_number),
             .release_number = entry.release_number,
             .manufacturer_string = stated(entry.manufacturer_string),
             .product_string = stated(entry.product_string),

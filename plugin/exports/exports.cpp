@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <hidapi/hidapi.h>
 #include <map>
 #include <memory>
@@ -130,6 +131,16 @@ int copy_string(hid_device* device, platform::HidString which, wchar_t* string, 
     });
 }
 
+/// hidapi gives an empty serial number to a device that states none, and its callers read it without a
+/// question.
+void state_serial_numbers(hid_device_info* list) {
+    for (hid_device_info* entry = list; entry != nullptr; entry = entry->next) {
+        if (entry->serial_number == nullptr) {
+            entry->serial_number = static_cast<wchar_t*>(std::calloc(1, sizeof(wchar_t)));
+        }
+    }
+}
+
 /// A facade's interface pointer: the plug-in keeps the object alive.
 template <typename Interface, typename Factory>
 Interface* facade(std::weak_ptr<plugin_control::IPluginLogger>* logger, const Factory& create) noexcept {
@@ -175,8 +186,11 @@ int hid_exit(void) {
 }
 
 struct hid_device_info* hid_enumerate(unsigned short vendor_id, unsigned short product_id) {
-    return guarded(static_cast<hid_device_info*>(nullptr),
-                   [&] { return headset_plugin::hid_list(vendor_id, product_id).release(); });
+    return guarded(static_cast<hid_device_info*>(nullptr), [&] {
+        auto list = headset_plugin::hid_list(vendor_id, product_id);
+        state_serial_numbers(list.get());
+        return list.release();
+    });
 }
 
 void hid_free_enumeration(struct hid_device_info* devs) {

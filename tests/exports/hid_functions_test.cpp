@@ -118,6 +118,17 @@ TEST_F(HidEnumerate, gives_null_with_a_reason_where_there_is_none_and_null_may_b
     hid_free_enumeration(list);
 }
 
+TEST_F(HidEnumerate, gives_an_empty_serial_number_where_the_headset_has_none) {
+    auto description = described(numbered());
+    description.serial.reset();
+    description.vendor_id = 0x9999;
+    plug(bus(), description);
+    hid_device_info* const list = hid_enumerate(0x9999, 0);
+    ASSERT_NE(list, nullptr);
+    EXPECT_STREQ(list->serial_number, L"");
+    hid_free_enumeration(list);
+}
+
 TEST_F(HidOpenFunctions, open_by_ids_and_serial_number) {
     hid_device* const by_serial = hid_open(vendor, product, L"SN1");
     EXPECT_NE(by_serial, nullptr);
