@@ -43,13 +43,12 @@ function(orvex_exports folder)
   target_include_directories(${target} SYSTEM PUBLIC ${HIDAPI_INCLUDE_DIR})
 endfunction()
 
-# A plug-in library as a host loads it: the exports of the folders named, over the layers on one platform. Nothing is
-# visible but the functions in the exports.txt of those folders.
-function(orvex_plugin_library target)
-  cmake_parse_arguments(PLUGIN "" "PLATFORM" "EXPORTS" ${ARGN})
+# A shared library made of the exports of the folders named. Nothing is visible but the functions in the exports.txt of
+# those folders.
+function(orvex_exporting_library target)
   add_library(${target} SHARED)
   set(names "")
-  foreach(folder ${PLUGIN_EXPORTS})
+  foreach(folder ${ARGN})
     orvex_layer_target(exports ${folder})
     target_sources(${target} PRIVATE $<TARGET_OBJECTS:${exports}>)
     set(list_file ${CMAKE_SOURCE_DIR}/${folder}/exports.txt)
@@ -66,5 +65,11 @@ function(orvex_plugin_library target)
   target_link_options(${target} PRIVATE LINKER:--version-script=${map} LINKER:-Bsymbolic LINKER:-z,nodelete
                       LINKER:-z,relro LINKER:-z,now)
   set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+endfunction()
+
+# A plug-in library as a host loads it: the exports of the folders named, over the layers on one platform.
+function(orvex_plugin_library target)
+  cmake_parse_arguments(PLUGIN "" "PLATFORM" "EXPORTS" ${ARGN})
+  orvex_exporting_library(${target} ${PLUGIN_EXPORTS})
   orvex_link_plugin(${target} ${PLUGIN_PLATFORM})
 endfunction()

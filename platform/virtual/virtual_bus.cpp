@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/virtual/transport.h"
 #include "platform/virtual/virtual_headset.h"
 #include "platform/virtual/virtual_interface.h"
 
@@ -21,8 +22,10 @@ bool wanted(std::uint16_t id, std::uint16_t filter) {
 }  // namespace
 
 VirtualBus::VirtualBus(std::function<void(bool)> device_changed,
-                       std::function<std::unique_ptr<Sleeper>()> make_sleeper)
-    : device_changed_(std::move(device_changed)), make_sleeper_(std::move(make_sleeper)) {}
+                       std::function<std::unique_ptr<Sleeper>()> make_sleeper, Transport* transport)
+    : device_changed_(std::move(device_changed)),
+      make_sleeper_(std::move(make_sleeper)),
+      transport_(transport) {}
 
 VirtualBus::~VirtualBus() = default;
 
@@ -49,17 +52,37 @@ std::optional<int> VirtualBus::plug(const HeadsetDescription& description, Failu
     if (collections.empty()) {
         return std::nullopt;
     }
-    const std::size_t interfaces = collections.size();
-    int number = 0;
+    std::shared_ptr<VirtualHeadset> plugged;
     {
         MutexLock lock(mutex_);
-        number = ++last_number_;
-        headsets_.emplace(number,
-                          std::make_shared<VirtualHeadset>(number, description, std::move(collections)));
-        emit({.kind = EventKind::plugged, .headset = number});
+        plugged = std::make_shared<VirtualHeadset>(++last_number_, description, std::move(collections));
+        headsets_.emplace(plugged->number, plugged);
+        emit({.kind = EventKind::plugged, .headset = plugged->number});
     }
-    announce(interfaces, true);
-    return number;
+    failure = attach(*plugged);
+    if (!failure.empty()) {
+        MutexLock lock(mutex_);
+        headsets_.erase(plugged->number);
+        return std::nullopt;
+    }
+    return plugged->number;
+}
+
+Failure VirtualBus::attach(VirtualHeadset& headset) {
+    Failure failure;
+    if (transport_ != nullptr) {
+        failure = transport_->attach(headset.number, headset.description);
+    }
+    if (failure.empty()) {
+        announce(headset.collections.size(), true);
+    } else {
+        {
+            MutexLock lock(mutex_);
+            pull_out(headset);
+        }
+        tell_watcher();
+    }
+    return failure;
 }
 
 Failure VirtualBus::unplug(int headset) {
@@ -79,10 +102,10 @@ Failure VirtualBus::unplug(int headset) {
 }
 
 Failure VirtualBus::replug(int headset) {
-    std::size_t interfaces = 0;
+    std::shared_ptr<VirtualHeadset> replugged;
     {
         MutexLock lock(mutex_);
-        const auto replugged = find(headset);
+        replugged = find(headset);
         if (!replugged) {
             return no_such_headset;
         }
@@ -91,10 +114,8 @@ Failure VirtualBus::replug(int headset) {
         }
         replugged->power_on();
         emit({.kind = EventKind::plugged, .headset = headset});
-        interfaces = replugged->collections.size();
     }
-    announce(interfaces, true);
-    return {};
+    return attach(*replugged);
 }
 
 void VirtualBus::reset() {
@@ -125,6 +146,9 @@ Failure VirtualBus::misbehave(int headset, Fault fault) {
     if (!found) {
         return no_such_headset;
     }
+    if (transport_ != nullptr && !transport_->can_show(fault)) {
+        return "headsets of the kernel cannot misbehave like this";
+    }
     if (fault == Fault::read_fails || fault == Fault::read_one_byte || fault == Fault::read_zero_bytes) {
         const std::vector<std::uint8_t> too_short(fault == Fault::read_one_byte ? 1 : 0);
         for (VirtualInterface* const open : found->open) {
@@ -138,6 +162,9 @@ Failure VirtualBus::misbehave(int headset, Fault fault) {
 
 void VirtualBus::pull_out(VirtualHeadset& headset) {
     headset.plugged = false;
+    if (transport_ != nullptr) {
+        transport_->detach(headset.number);
+    }
     for (VirtualInterface* const open : headset.open) {
         open->disconnect();
     }
@@ -232,6 +259,9 @@ void VirtualBus::deliver(VirtualHeadset& headset, std::size_t collection,
             delivered.resize(from.caps.InputReportByteLength);
             open->push(std::move(delivered));
         }
+    }
+    if (transport_ != nullptr) {
+        transport_->send(headset.number, sent);
     }
     emit({.kind = EventKind::input, .headset = headset.number, .report = sent});
 }
@@ -437,6 +467,26 @@ HidBackend::OpenResult VirtualBus::open(const std::string& path) {
     }
     announce(left, false);
     return result;
+}
+
+// ---- the transport's side
+
+void VirtualBus::receive_output(int headset, std::span<const std::uint8_t> report) {
+    std::size_t left = 0;
+    {
+        MutexLock lock(mutex_);
+        const auto found = find(headset);
+        if (!found || !found->plugged || report.empty()) {
+            return;
+        }
+        if (found->fault == Fault::unplug_in_write) {
+            pull_out(*found);
+            left = found->collections.size();
+        } else {
+            take_output(*found, found->find_output_report(report[0]), report);
+        }
+    }
+    announce(left, false);
 }
 
 }  // namespace platform::virtual_platform

@@ -75,6 +75,7 @@ struct OutputRecord {
 /// Why an operation could not be done; empty when it was.
 using Failure = std::string;
 
+class Transport;
 class VirtualInterface;
 class VirtualHeadset;
 
@@ -84,9 +85,10 @@ class VirtualBus {
     using Limit = std::chrono::milliseconds;
 
     /// \param device_changed  told of every interface that arrived (true) or left (false); called without a
-    /// lock held \param make_sleeper    for writes that hang
+    /// lock held \param make_sleeper    for writes that hang \param transport  carries the headsets out of
+    /// the process, or null; outlives the bus
     VirtualBus(std::function<void(bool arrived)> device_changed,
-               std::function<std::unique_ptr<Sleeper>()> make_sleeper);
+               std::function<std::unique_ptr<Sleeper>()> make_sleeper, Transport* transport = nullptr);
     ~VirtualBus();
 
     // Plugging. A headset is a positive number, which stays valid until reset.
@@ -130,6 +132,11 @@ class VirtualBus {
     std::vector<HidInterfaceInfo> enumerate(std::uint16_t vendor_id, std::uint16_t product_id) const;
     HidBackend::OpenResult open(const std::string& path);
 
+    // What the transport needs.
+
+    /// An output report was written to the headset, byte 0 its id (0 for none).
+    void receive_output(int headset, std::span<const std::uint8_t> report);
+
   private:
     friend class VirtualInterface;
 
@@ -138,6 +145,7 @@ class VirtualBus {
     Failure set_key_locked(VirtualHeadset& headset, FullUsage key, bool pressed) REQUIRES(mutex_);
     void deliver(VirtualHeadset& headset, std::size_t collection, std::span<const std::uint8_t> report)
         REQUIRES(mutex_);
+    Failure attach(VirtualHeadset& headset) EXCLUDES(mutex_);
     void pull_out(VirtualHeadset& headset) REQUIRES(mutex_);
     void emit(Event event) REQUIRES(mutex_);
     void update_indicators(VirtualHeadset& headset, std::size_t collection,
@@ -151,6 +159,7 @@ class VirtualBus {
 
     const std::function<void(bool)> device_changed_;
     const std::function<std::unique_ptr<Sleeper>()> make_sleeper_;
+    Transport* const transport_;
 
     mutable Mutex mutex_;
     Condition changed_;
@@ -163,5 +172,9 @@ class VirtualBus {
     RecursiveMutex watcher_mutex_;
     Watcher watcher_ GUARDED_BY(watcher_mutex_);
 };
+
+/// The bus that the functions of virtual_headset.h plug into. What a library with these functions is linked
+/// with defines it. Lives as long as the process.
+VirtualBus& headset_bus();
 
 }  // namespace platform::virtual_platform

@@ -152,4 +152,12 @@ std::optional<std::size_t> VirtualHeadset::find_input_report(std::uint8_t report
     return std::nullopt;
 }
 
+std::size_t VirtualHeadset::find_output_report(std::uint8_t report_id) const {
+    const auto found =
+        std::find_if(collections.begin(), collections.end(), [&](const Collection& collection) {
+            return hidp::report_length(collection.data.get(), HidP_Output, report_id) > 0;
+        });
+    return found == collections.end() ? 0 : static_cast<std::size_t>(found - collections.begin());
+}
+
 }  // namespace platform::virtual_platform

@@ -49,6 +49,9 @@ class VirtualHeadset {
     /// The collection that has an input report of this id and length.
     std::optional<std::size_t> find_input_report(std::uint8_t report_id, std::size_t length) const;
 
+    /// The collection that has an output report of this id; the first where none does.
+    std::size_t find_output_report(std::uint8_t report_id) const;
+
     /// All indicators dark, all keys up, no fault.
     void power_on();
 

@@ -48,6 +48,10 @@ VirtualPlatform& virtual_platform() {
     return *platform;
 }
 
+VirtualBus& headset_bus() {
+    return virtual_platform().bus();
+}
+
 }  // namespace virtual_platform
 
 Platform& current() {

@@ -23,6 +23,7 @@ ALLOWED = {
     "platform/linux": {"platform", "platform/common", "platform/hidp"},
     "platform/virtual": {"platform", "platform/common", "platform/hidp"},
     "platform/virtual/headsets": set(),
+    "platform/virtual/uhid": {"platform", "platform/common", "platform/virtual"},
     "platform/virtual/exports": {"include/orvex", "platform", "platform/virtual", "platform/virtual/headsets"},
     "plugin/base": {"platform", "include/orvex"},
     "callstate": BASE | {"include/orvex"},
@@ -40,7 +41,7 @@ ALLOWED = {
 # The operating system's headers, by their folders and names: they bring macros, so only platforms include them. Of
 # others only the standard library and hidapi's interface are free to all layers.
 SYSTEM_HEADER = re.compile(r"^(sys|linux|netinet|arpa)/|^(unistd|fcntl|poll|pthread|dlfcn|signal|windows|syslog)\.h$")
-SYSTEM_ALLOWED = re.compile(r"^(platform/(common|linux|windows)|tools/)")
+SYSTEM_ALLOWED = re.compile(r"^(platform/(common|linux|windows|virtual/uhid)|tools/)")
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 SOURCES = {".cpp", ".h", ".c", ".hpp"}

@@ -7,7 +7,7 @@
 
 #include "orvex/virtual_headset.h"
 #include "platform/virtual/headsets/model.h"
-#include "platform/virtual/virtual_platform.h"
+#include "platform/virtual/virtual_bus.h"
 
 namespace {
 
@@ -16,12 +16,9 @@ using platform::virtual_platform::Event;
 using platform::virtual_platform::EventKind;
 using platform::virtual_platform::Failure;
 using platform::virtual_platform::Fault;
+using platform::virtual_platform::headset_bus;
 using platform::virtual_platform::HeadsetDescription;
 using platform::virtual_platform::VirtualBus;
-
-VirtualBus& bus() {
-    return platform::virtual_platform::virtual_platform().bus();
-}
 
 std::string& last_error() {
     thread_local std::string text;
@@ -67,14 +64,14 @@ std::optional<std::string> optional_text(const char* text) {
 
 int plug(const HeadsetDescription& description) {
     Failure failure;
-    const auto headset = bus().plug(description, failure);
+    const auto headset = headset_bus().plug(description, failure);
     return headset ? *headset : fail(failure);
 }
 
 /// A text of a headset's description, kept for the calling thread.
 const char* description_text(int headset, std::optional<std::string> HeadsetDescription::*member,
                              std::string& kept) {
-    const auto description = bus().description(headset);
+    const auto description = headset_bus().description(headset);
     if (!description) {
         fail(no_such_headset);
         return nullptr;
@@ -164,11 +161,11 @@ int orvex_virtual_plug_device(const struct orvex_virtual_device* device) {
 }
 
 int orvex_virtual_unplug(int headset) {
-    return guarded(-1, [&] { return status(bus().unplug(headset)); });
+    return guarded(-1, [&] { return status(headset_bus().unplug(headset)); });
 }
 
 int orvex_virtual_replug(int headset) {
-    return guarded(-1, [&] { return status(bus().replug(headset)); });
+    return guarded(-1, [&] { return status(headset_bus().replug(headset)); });
 }
 
 const char* orvex_virtual_serial(int headset) {
@@ -184,43 +181,45 @@ const char* orvex_virtual_product(int headset) {
 }
 
 int orvex_virtual_press(int headset, uint16_t usage_page, uint16_t usage) {
-    return guarded(-1, [&] { return status(bus().press(headset, {usage_page, usage})); });
+    return guarded(-1, [&] { return status(headset_bus().press(headset, {usage_page, usage})); });
 }
 
 int orvex_virtual_set_key(int headset, uint16_t usage_page, uint16_t usage, int pressed) {
-    return guarded(-1, [&] { return status(bus().set_key(headset, {usage_page, usage}, pressed != 0)); });
+    return guarded(-1, [&] {
+        return status(headset_bus().set_key(headset, {usage_page, usage}, pressed != 0));
+    });
 }
 
 int orvex_virtual_send_report(int headset, const uint8_t* report, size_t length) {
     return guarded(-1, [&] {
-        return status(bus().send_report(headset, std::span(report, report == nullptr ? 0 : length)));
+        return status(headset_bus().send_report(headset, std::span(report, report == nullptr ? 0 : length)));
     });
 }
 
 int orvex_virtual_indicator(int headset, uint16_t usage_page, uint16_t usage) {
     return guarded(-1, [&] {
-        return answer(bus().indicator(headset, {usage_page, usage}), no_such_indicator);
+        return answer(headset_bus().indicator(headset, {usage_page, usage}), no_such_indicator);
     });
 }
 
 int orvex_virtual_wait_indicator(int headset, uint16_t usage_page, uint16_t usage, int on, int timeout_ms) {
     return guarded(-1, [&] {
-        return answer(
-            bus().wait_indicator(headset, {usage_page, usage}, on != 0, VirtualBus::Limit(timeout_ms)),
-            no_such_indicator);
+        return answer(headset_bus().wait_indicator(headset, {usage_page, usage}, on != 0,
+                                                   VirtualBus::Limit(timeout_ms)),
+                      no_such_indicator);
     });
 }
 
 int orvex_virtual_output_count(int headset) {
     return guarded(-1, [&] {
-        const auto outputs = bus().outputs(headset);
+        const auto outputs = headset_bus().outputs(headset);
         return outputs ? static_cast<int>(outputs->size()) : fail(no_such_headset);
     });
 }
 
 int orvex_virtual_output(int headset, int index, uint8_t* report, size_t length, uint64_t* time_us) {
     return guarded(-1, [&] {
-        const auto outputs = bus().outputs(headset);
+        const auto outputs = headset_bus().outputs(headset);
         if (!outputs || index < 0 || static_cast<std::size_t>(index) >= outputs->size() ||
             (report == nullptr && length > 0)) {
             return fail("there is no such report, or no room for it");
@@ -236,19 +235,20 @@ int orvex_virtual_output(int headset, int index, uint8_t* report, size_t length,
 
 int orvex_virtual_wait_outputs(int headset, int count, int timeout_ms) {
     return guarded(-1, [&] {
-        return answer(bus().wait_outputs(headset, static_cast<std::size_t>(std::max(count, 0)),
-                                         VirtualBus::Limit(timeout_ms)),
+        return answer(headset_bus().wait_outputs(headset, static_cast<std::size_t>(std::max(count, 0)),
+                                                 VirtualBus::Limit(timeout_ms)),
                       no_such_headset);
     });
 }
 
 int orvex_virtual_expect(int headset, const uint8_t* report, size_t length) {
-    return guarded(
-        -1, [&] { return status(bus().expect(headset, std::span(report, report == nullptr ? 0 : length))); });
+    return guarded(-1, [&] {
+        return status(headset_bus().expect(headset, std::span(report, report == nullptr ? 0 : length)));
+    });
 }
 
 int orvex_virtual_verify(int headset, int timeout_ms) {
-    return guarded(-1, [&] { return status(bus().verify(headset, VirtualBus::Limit(timeout_ms))); });
+    return guarded(-1, [&] { return status(headset_bus().verify(headset, VirtualBus::Limit(timeout_ms))); });
 }
 
 int orvex_virtual_misbehave(int headset, enum orvex_virtual_fault fault) {
@@ -256,16 +256,16 @@ int orvex_virtual_misbehave(int headset, enum orvex_virtual_fault fault) {
         const auto known =
             std::find_if(faults.begin(), faults.end(), [&](const auto& row) { return row.first == fault; });
         return known == faults.end() ? fail("there is no such fault")
-                                     : status(bus().misbehave(headset, known->second));
+                                     : status(headset_bus().misbehave(headset, known->second));
     });
 }
 
 void orvex_virtual_watch(orvex_virtual_watcher watcher, void* user) {
     guarded(-1, [&] {
         if (watcher == nullptr) {
-            bus().watch(nullptr);
+            headset_bus().watch(nullptr);
         } else {
-            bus().watch([watcher, user](const Event& event) {
+            headset_bus().watch([watcher, user](const Event& event) {
                 const orvex_virtual_event told = to_c(event);
                 watcher(&told, user);
             });
@@ -276,7 +276,7 @@ void orvex_virtual_watch(orvex_virtual_watcher watcher, void* user) {
 
 void orvex_virtual_reset(void) {
     guarded(-1, [] {
-        bus().reset();
+        headset_bus().reset();
         return 0;
     });
 }
