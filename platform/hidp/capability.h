@@ -48,7 +48,12 @@ struct Capability {
     ULONG usage_count() const { return usage_max - usage_min + 1U; }
 
     /// True when the report has a place for the usage: one that is too large for an array's field has none.
-    bool holds(USAGE usage) const;
+    bool holds(USAGE usage) const {
+        if (usage < usage_min || usage > usage_max) {
+            return false;
+        }
+        return !is_array() || field_bits() == 32 || selector(usage) >> field_bits() == 0;
+    }
 
     // An array's field names a usage by a number, its selector.
     ULONG selector(USAGE usage) const { return lowest_selector + (usage - ULONG{usage_min}); }

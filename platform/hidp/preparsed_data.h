@@ -56,14 +56,34 @@ struct HIDP_PREPARSED_DATA {
 
 namespace platform::hidp {
 
+// What every call begins with, and what it asks every capability, is inline: the calls alone would take
+// longer than the work.
+
 /// HIDP_STATUS_SUCCESS, or HIDP_STATUS_INVALID_PREPARSED_DATA for what this parser did not make.
-NTSTATUS check_data(PHIDP_PREPARSED_DATA data);
+inline NTSTATUS check_data(PHIDP_PREPARSED_DATA data) {
+    const bool is_own = data != nullptr && data->magic == preparsed_data_magic;
+    return is_own ? HIDP_STATUS_SUCCESS : HIDP_STATUS_INVALID_PREPARSED_DATA;
+}
 
 /// HIDP_STATUS_SUCCESS, or why `data` has no such direction.
-NTSTATUS check_direction(PHIDP_PREPARSED_DATA data, HIDP_REPORT_TYPE type);
+inline NTSTATUS check_direction(PHIDP_PREPARSED_DATA data, HIDP_REPORT_TYPE type) {
+    if (const NTSTATUS status = check_data(data); status != HIDP_STATUS_SUCCESS) {
+        return status;
+    }
+    return type < report_type_count ? HIDP_STATUS_SUCCESS : HIDP_STATUS_INVALID_REPORT_TYPE;
+}
 
 /// The same, and whether a report of that type is `report_length` bytes long.
-NTSTATUS check_report(PHIDP_PREPARSED_DATA data, HIDP_REPORT_TYPE type, ULONG report_length);
+inline NTSTATUS check_report(PHIDP_PREPARSED_DATA data, HIDP_REPORT_TYPE type, ULONG report_length) {
+    if (const NTSTATUS status = check_direction(data, type); status != HIDP_STATUS_SUCCESS) {
+        return status;
+    }
+    const ULONG expected = data->directions[type].report_byte_length;
+    if (report_length != expected) {
+        return HIDP_STATUS_INVALID_REPORT_LENGTH;
+    }
+    return expected == 0 ? HIDP_STATUS_REPORT_DOES_NOT_EXIST : HIDP_STATUS_SUCCESS;
+}
 
 /// Names the top-level collection itself, where 0 means any (HIDP_LINK_COLLECTION_ROOT of the Windows driver
 /// kit).
@@ -75,7 +95,13 @@ struct CapabilityFilter {
     USAGE page;
     USHORT link_collection;  ///< 0 for any, or link_collection_root
 
-    bool matches(const Capability& capability) const;
+    bool matches(const Capability& capability) const {
+        if (capability.is_button != is_button || capability.usage_page != page) {
+            return false;
+        }
+        const USHORT wanted = link_collection == link_collection_root ? USHORT{0} : link_collection;
+        return link_collection == 0 || capability.link_collection == wanted;
+    }
 };
 
 /// A report whose id byte is 0 may still become any report.
