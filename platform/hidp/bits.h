@@ -22,16 +22,24 @@ inline BitPart bit_part(std::uint32_t position, std::uint32_t bits_left) {
     return {position / 8, shift, std::min(8 - shift, bits_left)};
 }
 
+inline bool read_bit(std::span<const std::uint8_t> report, std::uint32_t position) {
+    return (report[position / 8] >> position % 8 & 1) != 0;
+}
+
+inline void set_bit(std::span<std::uint8_t> report, std::uint32_t position) {
+    report[position / 8] = static_cast<std::uint8_t>(report[position / 8] | 1U << position % 8);
+}
+
 /// Reads `size` bits, at most 32, zero-extended.
 inline std::uint32_t read_bits(std::span<const std::uint8_t> report, std::uint32_t position,
                                std::uint32_t size) {
-    std::uint32_t value = 0;
-    for (std::uint32_t done = 0; done < size;) {
-        const BitPart part = bit_part(position + done, size - done);
-        value |= (std::uint32_t{report[part.byte]} >> part.shift & part.mask()) << done;
-        done += part.count;
+    const std::size_t begin = position / 8;
+    std::uint64_t bytes = 0;  // 32 bits that begin within a byte reach into five
+    for (std::size_t end = (position + size + 7) / 8; end > begin; --end) {
+        bytes = bytes << 8 | report[end - 1];
     }
-    return value;
+    const std::uint64_t mask = (std::uint64_t{1} << size) - 1;
+    return static_cast<std::uint32_t>(bytes >> position % 8 & mask);
 }
 
 /// Writes the lowest `size` bits of `value`, at most 32.

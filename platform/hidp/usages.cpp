@@ -1,5 +1,6 @@
 // Buttons in a report: HidP_MaxUsageListLength, HidP_SetUsages, HidP_UnsetUsages, HidP_GetUsages.
 #include <algorithm>
+#include <bit>
 #include <span>
 
 #include "platform/hidp/bits.h"
@@ -56,7 +57,7 @@ bool is_set(std::span<const UCHAR> report, const Capability& capability, USAGE u
 
 NTSTATUS set(std::span<UCHAR> report, const Capability& capability, USAGE usage) {
     if (!capability.is_array()) {
-        set_field(report, capability, bits_of(capability, usage).begin, 1);
+        set_bit(report, capability.bit_position + bits_of(capability, usage).begin);
         return HIDP_STATUS_SUCCESS;
     }
     const FieldRange free = slot_of(report, capability, no_selector);
@@ -172,11 +173,30 @@ void list_array(std::span<const UCHAR> report, const Capability& capability, Fou
     }
 }
 
+/// A variable usage has a bit; those left over belong to the last one, which is listed once.
 void list_bits(std::span<const UCHAR> report, const Capability& capability, FoundUsages& found) {
-    for (ULONG usage = capability.usage_min; usage <= capability.usage_max; ++usage) {
-        if (is_set(report, capability, static_cast<USAGE>(usage))) {
-            found.add(static_cast<USAGE>(usage));
+    constexpr ULONG word_bits = 32;
+    const ULONG last = capability.usage_count() - 1;
+    for (ULONG begin = 0; begin < capability.report_count; begin += word_bits) {
+        ULONG set_bits = read_bits(report, capability.bit_position + begin,
+                                   std::min(word_bits, capability.report_count - begin));
+        for (; set_bits != 0; set_bits &= set_bits - 1) {
+            const ULONG index = begin + static_cast<ULONG>(std::countr_zero(set_bits));
+            found.add(static_cast<USAGE>(capability.usage_min + std::min(index, last)));
+            if (index >= last) {
+                return;
+            }
         }
+    }
+}
+
+void list(std::span<const UCHAR> report, const Capability& capability, FoundUsages& found) {
+    if (capability.is_array()) {
+        list_array(report, capability, found);
+    } else if (capability.report_count > 1) {
+        list_bits(report, capability, found);
+    } else if (read_bit(report, capability.bit_position)) {
+        found.add(capability.usage_min);
     }
 }
 
@@ -228,18 +248,19 @@ NTSTATUS Parser::HidP_GetUsages(HIDP_REPORT_TYPE type, USAGE page, USHORT link_c
     }
     const CapabilityFilter filter{true, page, link_collection};
     const std::span<const UCHAR> bytes{report, report_length};
+    const UCHAR report_id = bytes[0];
     FoundUsages found({usages, *length});
     NTSTATUS status = HIDP_STATUS_USAGE_NOT_FOUND;
     for (const Capability& capability : data->directions[type].capabilities) {
         if (!filter.matches(capability)) {
             continue;
         }
-        if (!fits_report(capability, report[0])) {
+        if (!fits_report(capability, report_id)) {
             status = status == HIDP_STATUS_SUCCESS ? status : HIDP_STATUS_INCOMPATIBLE_REPORT_ID;
             continue;
         }
         status = HIDP_STATUS_SUCCESS;
-        capability.is_array() ? list_array(bytes, capability, found) : list_bits(bytes, capability, found);
+        list(bytes, capability, found);
     }
     *length = found.count();
     return found.overflows() ? HIDP_STATUS_BUFFER_TOO_SMALL : status;
