@@ -13,10 +13,8 @@ USHORT data_index_count(const Direction& direction) {
     return static_cast<USHORT>(std::min<ULONG>(direction.data_indices, 0xFFFF));
 }
 
-USHORT count(const Direction& direction, bool is_button) {
-    const auto is_wanted = [&](const Capability& capability) { return capability.is_button == is_button; };
-    return static_cast<USHORT>(
-        std::count_if(direction.capabilities.begin(), direction.capabilities.end(), is_wanted));
+USHORT value_count(const Direction& direction) {
+    return static_cast<USHORT>(direction.capabilities.size() - direction.button_count);
 }
 
 /// Fills what both kinds of capability have. The structure for a single usage holds, field by field, a range
@@ -97,14 +95,14 @@ NTSTATUS Parser::HidP_GetCaps(PHIDP_PREPARSED_DATA data, HIDP_CAPS* caps) const 
     caps->OutputReportByteLength = output.report_byte_length;
     caps->FeatureReportByteLength = feature.report_byte_length;
     caps->NumberLinkCollectionNodes = static_cast<USHORT>(data->link_collections.size());
-    caps->NumberInputButtonCaps = count(input, true);
-    caps->NumberInputValueCaps = count(input, false);
+    caps->NumberInputButtonCaps = input.button_count;
+    caps->NumberInputValueCaps = value_count(input);
     caps->NumberInputDataIndices = data_index_count(input);
-    caps->NumberOutputButtonCaps = count(output, true);
-    caps->NumberOutputValueCaps = count(output, false);
+    caps->NumberOutputButtonCaps = output.button_count;
+    caps->NumberOutputValueCaps = value_count(output);
     caps->NumberOutputDataIndices = data_index_count(output);
-    caps->NumberFeatureButtonCaps = count(feature, true);
-    caps->NumberFeatureValueCaps = count(feature, false);
+    caps->NumberFeatureButtonCaps = feature.button_count;
+    caps->NumberFeatureValueCaps = value_count(feature);
     caps->NumberFeatureDataIndices = data_index_count(feature);
     return HIDP_STATUS_SUCCESS;
 }

@@ -23,7 +23,8 @@ class MainItem {
 
     void add_variables();
     void add_array();
-    void check_limits();
+    void count_buttons();
+    void check_limits() const;
 
   private:
     const std::vector<LocalRange>& usages() const { return local_.usages(); }
@@ -150,10 +151,14 @@ Capability& MainItem::add(std::size_t usage_index) {
     return capability;
 }
 
-void MainItem::check_limits() {
+void MainItem::count_buttons() {
+    direction_.button_count = static_cast<USHORT>(direction_.button_count + added().size());
     for (const Capability& capability : added()) {
-        direction_.usage_list_length += capability.is_button ? capability.report_count : 0U;
+        direction_.usage_list_length += capability.report_count;
     }
+}
+
+void MainItem::check_limits() const {
     if (direction_.usage_list_length > max_usage_list_length) {
         throw Malformed{"more than " + std::to_string(max_usage_list_length) + " buttons"};
     }
@@ -173,6 +178,9 @@ void add_capabilities(Direction& direction, const Capability& common, const Glob
         item.add_array();
     } else {
         item.add_variables();
+    }
+    if (common.is_button) {
+        item.count_buttons();
     }
     item.check_limits();
 }

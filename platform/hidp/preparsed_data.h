@@ -20,6 +20,7 @@ inline constexpr std::size_t report_type_count = 3;
 /// The reports of one type.
 struct Direction {
     std::vector<Capability> capabilities;
+    USHORT button_count = 0;           ///< of the capabilities; the others are values
     USHORT declared_capabilities = 0;  ///< with those that no field was left for
     ULONG data_indices = 0;
     ULONG usage_list_length = 0;    ///< buttons that one report can list at once
