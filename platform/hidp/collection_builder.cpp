@@ -10,6 +10,9 @@
 namespace platform::hidp {
 namespace {
 
+/// Of capabilities, reports and link collections: what most headsets get along with.
+constexpr std::size_t usual_count = 16;
+
 constexpr ULONG bits_per_byte = 8;
 constexpr ULONG id_byte_bits = 8;  // every report begins with its id, if only with 0
 
@@ -59,6 +62,16 @@ Capability common_capability(const Item& item, const GlobalState& global) {
     return common;
 }
 
+/// Forgets everything but the memory that it took.
+void clear(HIDP_PREPARSED_DATA& data) {
+    for (Direction& direction : data.directions) {
+        direction.capabilities.clear();
+        direction = {.capabilities = std::move(direction.capabilities)};
+    }
+    data.reports.clear();
+    data.link_collections.clear();
+}
+
 /// `node` under the usage. An alias is another name for the link collection that follows.
 HIDP_LINK_COLLECTION_NODE named(HIDP_LINK_COLLECTION_NODE node, const LocalRange& usage,
                                 const GlobalState& global, bool is_alias) {
@@ -70,21 +83,36 @@ HIDP_LINK_COLLECTION_NODE named(HIDP_LINK_COLLECTION_NODE node, const LocalRange
 
 }  // namespace
 
+CollectionBuilder::CollectionBuilder() {
+    for (Direction& direction : data_.directions) {
+        direction.capabilities.reserve(usual_count);
+    }
+    data_.reports.reserve(usual_count);
+    data_.link_collections.reserve(usual_count);
+}
+
+/// The copy has the memory that it needs, and no more.
+PreparsedData CollectionBuilder::take() {
+    PreparsedData data(new HIDP_PREPARSED_DATA(data_));
+    clear(data_);
+    return data;
+}
+
 void CollectionBuilder::open_collection(const Item& item, const GlobalState& global,
                                         const LocalItems& local) {
     HIDP_LINK_COLLECTION_NODE node{};
     node.LinkUsagePage = global.usage_page;
     node.CollectionType = item.data & 0xFF;
-    const bool is_top_level = data_->link_collections.empty();  // known by one usage alone, the first
+    const bool is_top_level = data_.link_collections.empty();  // known by one usage alone, the first
     for (std::size_t i = is_top_level ? 0 : local.alternatives_of_first(); i > 0; --i) {
         add_link_collection(named(node, local.usages()[i], global, true));
     }
     add_link_collection(local.usages().empty() ? node : named(node, local.usages().front(), global, false));
-    current_ = static_cast<USHORT>(data_->link_collections.size() - 1);
+    current_ = static_cast<USHORT>(data_.link_collections.size() - 1);
 }
 
 void CollectionBuilder::add_link_collection(HIDP_LINK_COLLECTION_NODE node) {
-    auto& nodes = data_->link_collections;
+    auto& nodes = data_.link_collections;
     if (nodes.size() == max_collections) {
         throw Malformed{"more than " + std::to_string(max_collections) + " collections"};
     }
@@ -99,7 +127,7 @@ void CollectionBuilder::add_link_collection(HIDP_LINK_COLLECTION_NODE node) {
 }
 
 void CollectionBuilder::close_collection() {
-    current_ = data_->link_collections[current_].Parent;
+    current_ = data_.link_collections[current_].Parent;
 }
 
 void CollectionBuilder::add_fields(const Item& item, const GlobalState& global, const LocalItems& local) {
@@ -108,20 +136,20 @@ void CollectionBuilder::add_fields(const Item& item, const GlobalState& global, 
     common.link_collection = current_;
     common.bit_position = take_bits(type, common.report_id, ULONG{common.bit_size} * common.report_count);
     if (!local.usages().empty()) {
-        add_capabilities(data_->directions[type], common, global, local);
+        add_capabilities(data_.directions[type], common, global, local);
     }
 }
 
 /// Appends bits to a report and returns where they begin.
 ULONG CollectionBuilder::take_bits(HIDP_REPORT_TYPE type, UCHAR id, ULONG bits) {
-    Report& report = report_of(data_->reports, type, id);
+    Report& report = report_of(data_.reports, type, id);
     if (bits > max_report_bits - report.bits) {
         throw Malformed{"the report is longer than " + std::to_string(max_report_bits / bits_per_byte) +
                         " bytes"};
     }
     const ULONG begin = id_byte_bits + report.bits;
     report.bits += bits;
-    Direction& direction = data_->directions[type];
+    Direction& direction = data_.directions[type];
     direction.report_byte_length = std::max(direction.report_byte_length, report.byte_length());
     return begin;
 }

@@ -90,9 +90,6 @@ void DescriptorParser::open_collection(const Item& item) {
         throw Malformed{"more than " + std::to_string(max_collections) + " collections"};
     }
     local_.check_complete();
-    if (open_.empty()) {
-        builder_.begin();
-    }
     builder_.open_collection(item, global_.state(), local_);
     open_.push_back(reader_.place());
     ++collection_count_;

@@ -1,7 +1,7 @@
 #include "platform/hidp/main_item.h"
 
 #include <algorithm>
-#include <iterator>
+#include <cstddef>
 #include <span>
 #include <string>
 #include <utility>
@@ -19,7 +19,7 @@ class MainItem {
           common_(common),
           global_(global),
           local_(local),
-          first_(static_cast<std::ptrdiff_t>(direction.capabilities.size())) {}
+          first_(direction.capabilities.size()) {}
 
     void add_variables();
     void add_array();
@@ -28,9 +28,10 @@ class MainItem {
 
   private:
     const std::vector<LocalRange>& usages() const { return local_.usages(); }
-    std::span<Capability> added() { return {begin(), direction_.capabilities.end()}; }
-    std::vector<Capability>::iterator begin() { return direction_.capabilities.begin() + first_; }
+    std::span<Capability> added() { return std::span(direction_.capabilities).subspan(first_); }
 
+    void make_room();
+    void give_up_room();
     std::size_t last_set() const;
     Capability& add(std::size_t usage_index);
     void add_variable(std::size_t usage_index, ULONG first_field, ULONG fields);
@@ -40,12 +41,25 @@ class MainItem {
     const Capability& common_;
     const GlobalState& global_;
     const LocalItems& local_;
-    std::ptrdiff_t first_;  ///< where this item's capabilities begin
+    std::size_t first_;           ///< where this item's capabilities begin
+    std::span<Capability> room_;  ///< those of them that are not filled yet
 };
 
 void set_data_indices(Capability& capability, ULONG first) {
     capability.data_index_min = static_cast<USHORT>(first);
     capability.data_index_max = static_cast<USHORT>(first + capability.usage_count() - 1);
+}
+
+/// Usages are listed in the reverse of their order: a capability for each is filled from the last one on.
+void MainItem::make_room() {
+    direction_.capabilities.insert(direction_.capabilities.end(), usages().size(), common_);
+    room_ = added();
+}
+
+/// Removes what no usage has taken.
+void MainItem::give_up_room() {
+    const auto begin = direction_.capabilities.begin() + static_cast<std::ptrdiff_t>(first_);
+    direction_.capabilities.erase(begin, begin + static_cast<std::ptrdiff_t>(room_.size()));
 }
 
 /// The index of the first usage of the last delimited set; a usage outside every set is a set of its own.
@@ -62,6 +76,7 @@ std::size_t MainItem::last_set() const {
 /// Each usage in turn takes as many fields as it has usages, the last one takes what is left over. Listed are
 /// they in reverse, and numbered as listed; without a field left, a usage is not listed at all.
 void MainItem::add_variables() {
+    make_room();
     const std::size_t last = last_set();
     ULONG begin_field = 0;
     ULONG end_field = 0;
@@ -77,7 +92,7 @@ void MainItem::add_variables() {
             add_variable(i, begin_field, end_field - begin_field);
         }
     }
-    std::reverse(begin(), direction_.capabilities.end());
+    give_up_room();
     ULONG indices_of_set = 0;  // as many as the longest of its names has usages
     for (Capability& capability : added()) {
         set_data_indices(capability, direction_.data_indices);
@@ -102,6 +117,7 @@ void MainItem::add_array() {
     if (common_.is_padding() || common_.report_count == 0) {
         return;
     }
+    make_room();
     const ULONG first_index = direction_.data_indices;
     ULONG index = first_index;
     const ULONG first_selector = selector_of_first_usage();
@@ -115,7 +131,6 @@ void MainItem::add_array() {
         direction_.data_indices = std::max(direction_.data_indices, index + capability.usage_count());
         capability.lowest_selector = first_selector + (index - first_index);
     }
-    std::reverse(begin(), direction_.capabilities.end());
 }
 
 /// Field value 0 stands for no usage; but where the first usage is 0, which means the same, the values are
@@ -129,13 +144,11 @@ ULONG MainItem::selector_of_first_usage() const {
 }
 
 Capability& MainItem::add(std::size_t usage_index) {
-    if (direction_.capabilities.size() == max_capabilities) {
-        throw Malformed{"more than " + std::to_string(max_capabilities) + " capabilities"};
-    }
     const LocalRange& usage = usages()[usage_index];
     const LocalRange string = local_.string_of(usage_index);
     const LocalRange designator = local_.designator_of(usage_index);
-    Capability& capability = direction_.capabilities.emplace_back(common_);
+    Capability& capability = room_.back();
+    room_ = room_.first(room_.size() - 1);
     // HID 1.11, 6.2.2.8: a short usage takes the page that was declared last, be it after the usage.
     capability.usage_page = usage.page(global_.usage_page);
     capability.usage_min = usage.first_usage();
@@ -159,6 +172,9 @@ void MainItem::count_buttons() {
 }
 
 void MainItem::check_limits() const {
+    if (direction_.capabilities.size() > max_capabilities) {
+        throw Malformed{"more than " + std::to_string(max_capabilities) + " capabilities"};
+    }
     if (direction_.usage_list_length > max_usage_list_length) {
         throw Malformed{"more than " + std::to_string(max_usage_list_length) + " buttons"};
     }
