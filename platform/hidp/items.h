@@ -83,13 +83,48 @@ class ItemReader {
 
     /// Reads the next short item; false at the end. Long items are passed over, since none is defined
     /// (6.2.2.3). Throws Malformed for an item that the descriptor's end cuts short.
-    bool next(Item& item);
+    bool next(Item& item) {
+        while (position_ < descriptor_.size()) {
+            place_ = {position_, descriptor_[position_]};
+            ++position_;
+            if (place_.prefix != long_item_prefix) {
+                item = short_item(place_.prefix);
+                return true;
+            }
+            skip_long_item();
+        }
+        return false;
+    }
 
     /// Of the item that next() read last.
     Place place() const { return place_; }
 
   private:
-    std::span<const std::uint8_t> take(std::size_t size);
+    static constexpr std::uint8_t long_item_prefix = 0xFE;  // 6.2.2.3
+    static constexpr std::uint8_t size_bits = 0x03;         // 6.2.2.2: bSize
+    static constexpr std::uint8_t data_sizes[] = {0, 1, 2, 4};
+
+    Item short_item(std::uint8_t prefix) {
+        const std::uint8_t size = data_sizes[prefix & size_bits];
+        std::uint32_t data = 0;
+        std::uint32_t shift = 0;
+        for (const std::uint8_t byte : take(size)) {
+            data |= std::uint32_t{byte} << shift;
+            shift += 8;
+        }
+        return {static_cast<Tag>(prefix & ~size_bits), size, data};
+    }
+
+    std::span<const std::uint8_t> take(std::size_t size) {
+        const auto left = descriptor_.subspan(position_);
+        if (left.size() < size) {
+            refuse_cut(size);
+        }
+        position_ += size;
+        return left.first(size);
+    }
+
+    [[noreturn]] void refuse_cut(std::size_t size) const;
     void skip_long_item();
 
     std::span<const std::uint8_t> descriptor_;
