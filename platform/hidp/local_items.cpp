@@ -12,15 +12,13 @@ constexpr std::uint32_t page_bits = 0xFFFF0000;
 constexpr std::uint32_t delimiter_open = 1;  // 6.2.2.8
 constexpr std::uint32_t delimiter_close = 0;
 
-LocalRange entry_of(const LocalRanges& ranges, std::size_t index) {
-    const auto& entries = ranges.entries();
-    return entries.empty() ? LocalRange{} : entries[std::min(index, entries.size() - 1)];
-}
-
 }  // namespace
 
 void LocalRanges::add_single(const Item& item) {
-    add({item.data, item.data, false, item.size == extended_size, false});
+    LocalRange& single = add();
+    single.min = item.data;
+    single.max = item.data;
+    single.has_page = item.size == extended_size;
 }
 
 void LocalRanges::set_minimum(const Item& item) {
@@ -54,14 +52,14 @@ void LocalRanges::add_complete_range() {
     if (range.min > range.max) {
         throw Malformed{"the range's minimum is above its maximum"};
     }
-    add(range);
+    add() = range;
 }
 
-void LocalRanges::add(const LocalRange& range) {
+LocalRange& LocalRanges::add() {
     if (entries_.size() == max_local_items) {
         throw Malformed{"more than " + std::to_string(max_local_items) + " usages for one main item"};
     }
-    entries_.push_back(range);
+    return entries_.emplace_back();
 }
 
 void LocalRanges::join(std::size_t first) {
@@ -151,14 +149,6 @@ std::size_t LocalItems::alternatives_of_first() const {
         ++count;
     }
     return count;
-}
-
-LocalRange LocalItems::string_of(std::size_t usage_index) const {
-    return entry_of(strings_, usage_index);
-}
-
-LocalRange LocalItems::designator_of(std::size_t usage_index) const {
-    return entry_of(designators_, usage_index);
 }
 
 }  // namespace platform::hidp

@@ -1,6 +1,7 @@
 // Local items: the usages, strings and designators that the next main item uses up (HID 1.11, 6.2.2.8).
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -39,6 +40,11 @@ class LocalRanges {
 
     const std::vector<LocalRange>& entries() const { return entries_; }
 
+    /// The entry that belongs to the usage with this index; the last one serves the usages left over.
+    LocalRange of_usage(std::size_t usage_index) const {
+        return entries_.empty() ? LocalRange{} : entries_[std::min(usage_index, entries_.size() - 1)];
+    }
+
     /// Makes the entries after the one at `first` alternatives of it.
     void join(std::size_t first);
 
@@ -46,7 +52,7 @@ class LocalRanges {
     void clear();
 
   private:
-    void add(const LocalRange& range);
+    LocalRange& add();
     void add_complete_range();
 
     std::vector<LocalRange> entries_;
@@ -70,10 +76,8 @@ class LocalItems {
     /// How many of the usages behind the first are only other names for it.
     std::size_t alternatives_of_first() const;
 
-    /// The string and the designator of the usage with this index; the last ones declared serve the usages
-    /// left over.
-    LocalRange string_of(std::size_t usage_index) const;
-    LocalRange designator_of(std::size_t usage_index) const;
+    const LocalRanges& strings() const { return strings_; }
+    const LocalRanges& designators() const { return designators_; }
 
   private:
     void delimit(const Item& item);

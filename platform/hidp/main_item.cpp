@@ -19,6 +19,7 @@ class MainItem {
           common_(common),
           global_(global),
           local_(local),
+          usages_(local.usages()),
           first_(direction.capabilities.size()) {}
 
     void add_variables();
@@ -27,7 +28,6 @@ class MainItem {
     void check_limits() const;
 
   private:
-    const std::vector<LocalRange>& usages() const { return local_.usages(); }
     std::span<Capability> added() { return std::span(direction_.capabilities).subspan(first_); }
 
     void make_room();
@@ -41,6 +41,7 @@ class MainItem {
     const Capability& common_;
     const GlobalState& global_;
     const LocalItems& local_;
+    std::span<const LocalRange> usages_;
     std::size_t first_;           ///< where this item's capabilities begin
     std::span<Capability> room_;  ///< those of them that are not filled yet
 };
@@ -52,7 +53,7 @@ void set_data_indices(Capability& capability, ULONG first) {
 
 /// Usages are listed in the reverse of their order: a capability for each is filled from the last one on.
 void MainItem::make_room() {
-    direction_.capabilities.insert(direction_.capabilities.end(), usages().size(), common_);
+    direction_.capabilities.resize(first_ + usages_.size());
     room_ = added();
 }
 
@@ -65,8 +66,8 @@ void MainItem::give_up_room() {
 /// The index of the first usage of the last delimited set; a usage outside every set is a set of its own.
 std::size_t MainItem::last_set() const {
     std::size_t set = 0;
-    for (std::size_t i = 0; i < usages().size(); ++i) {
-        if (!usages()[i].is_alternative) {
+    for (std::size_t i = 0; i < usages_.size(); ++i) {
+        if (!usages_[i].is_alternative) {
             set = i;
         }
     }
@@ -80,8 +81,8 @@ void MainItem::add_variables() {
     const std::size_t last = last_set();
     ULONG begin_field = 0;
     ULONG end_field = 0;
-    for (std::size_t i = 0; i < usages().size(); ++i) {
-        const LocalRange& usage = usages()[i];
+    for (std::size_t i = 0; i < usages_.size(); ++i) {
+        const LocalRange& usage = usages_[i];
         if (!usage.is_alternative) {
             begin_field = end_field;
             const ULONG left = common_.report_count - begin_field;
@@ -121,7 +122,7 @@ void MainItem::add_array() {
     const ULONG first_index = direction_.data_indices;
     ULONG index = first_index;
     const ULONG first_selector = selector_of_first_usage();
-    for (std::size_t i = 0; i < usages().size(); ++i) {
+    for (std::size_t i = 0; i < usages_.size(); ++i) {
         Capability& capability = add(i);
         capability.has_more_for_array = i > 0;
         if (!capability.is_alias) {
@@ -139,15 +140,15 @@ ULONG MainItem::selector_of_first_usage() const {
     if (global_.logical_min > 0) {
         return static_cast<ULONG>(global_.logical_min);
     }
-    const bool begins_with_no_usage = usages().front().first_usage() == 0;
+    const bool begins_with_no_usage = usages_.front().first_usage() == 0;
     return begins_with_no_usage ? 0 : 1;
 }
 
 Capability& MainItem::add(std::size_t usage_index) {
-    const LocalRange& usage = usages()[usage_index];
-    const LocalRange string = local_.string_of(usage_index);
-    const LocalRange designator = local_.designator_of(usage_index);
-    Capability& capability = room_.back();
+    const LocalRange& usage = usages_[usage_index];
+    const LocalRange string = local_.strings().of_usage(usage_index);
+    const LocalRange designator = local_.designators().of_usage(usage_index);
+    Capability& capability = room_.back() = common_;
     room_ = room_.first(room_.size() - 1);
     // HID 1.11, 6.2.2.8: a short usage takes the page that was declared last, be it after the usage.
     capability.usage_page = usage.page(global_.usage_page);
