@@ -8,12 +8,16 @@
 namespace platform::hidp {
 namespace {
 
+[[noreturn]] void refuse_above(const char* what, std::uint32_t value, std::uint32_t limit) {
+    throw Malformed{std::string(what) + " " + std::to_string(value) + " is above " + std::to_string(limit)};
+}
+
 /// The item's value as a T, for values that `what` names in the error text.
 template <typename T>
 T narrow(const Item& item, const char* what) {
-    if (item.data > std::numeric_limits<T>::max()) {
-        throw Malformed{std::string(what) + " " + std::to_string(item.data) + " is above " +
-                        std::to_string(std::numeric_limits<T>::max())};
+    constexpr T limit = std::numeric_limits<T>::max();
+    if (item.data > limit) {
+        refuse_above(what, item.data, limit);
     }
     return static_cast<T>(item.data);
 }

@@ -85,10 +85,10 @@ class ItemReader {
     /// (6.2.2.3). Throws Malformed for an item that the descriptor's end cuts short.
     bool next(Item& item) {
         while (position_ < descriptor_.size()) {
-            place_ = {position_, descriptor_[position_]};
-            ++position_;
-            if (place_.prefix != long_item_prefix) {
-                item = short_item(place_.prefix);
+            begin_ = position_++;
+            const std::uint8_t prefix = descriptor_[begin_];
+            if (prefix != long_item_prefix) {
+                item = short_item(prefix);
                 return true;
             }
             skip_long_item();
@@ -97,7 +97,7 @@ class ItemReader {
     }
 
     /// Of the item that next() read last.
-    Place place() const { return place_; }
+    Place place() const { return position_ == 0 ? Place{} : Place{begin_, descriptor_[begin_]}; }
 
   private:
     static constexpr std::uint8_t long_item_prefix = 0xFE;  // 6.2.2.3
@@ -128,8 +128,8 @@ class ItemReader {
     void skip_long_item();
 
     std::span<const std::uint8_t> descriptor_;
-    std::size_t position_ = 0;
-    Place place_;
+    std::size_t begin_ = 0;     ///< of the last item
+    std::size_t position_ = 0;  ///< behind it
 };
 
 }  // namespace platform::hidp

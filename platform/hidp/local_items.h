@@ -31,6 +31,8 @@ struct LocalRange {
 
 class LocalRanges {
   public:
+    void reserve(std::size_t count) { entries_.reserve(count); }
+
     void add_single(const Item& item);
     void set_minimum(const Item& item);
     void set_maximum(const Item& item);
@@ -62,6 +64,8 @@ class LocalRanges {
 
 class LocalItems {
   public:
+    LocalItems() { usages_.reserve(usual_usages); }
+
     /// Takes a local item. Throws Malformed for one that makes no sense where it stands.
     void add(const Item& item);
 
@@ -80,6 +84,9 @@ class LocalItems {
     const LocalRanges& designators() const { return designators_; }
 
   private:
+    /// For one main item: what most headsets get along with.
+    static constexpr std::size_t usual_usages = 16;
+
     void delimit(const Item& item);
 
     LocalRanges usages_;

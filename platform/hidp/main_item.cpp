@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <span>
 #include <string>
 #include <utility>
@@ -53,7 +54,7 @@ void set_data_indices(Capability& capability, ULONG first) {
 
 /// Usages are listed in the reverse of their order: a capability for each is filled from the last one on.
 void MainItem::make_room() {
-    direction_.capabilities.resize(first_ + usages_.size());
+    std::fill_n(std::back_inserter(direction_.capabilities), usages_.size(), common_);
     room_ = added();
 }
 
@@ -148,7 +149,7 @@ Capability& MainItem::add(std::size_t usage_index) {
     const LocalRange& usage = usages_[usage_index];
     const LocalRange string = local_.strings().of_usage(usage_index);
     const LocalRange designator = local_.designators().of_usage(usage_index);
-    Capability& capability = room_.back() = common_;
+    Capability& capability = room_.back();
     room_ = room_.first(room_.size() - 1);
     // HID 1.11, 6.2.2.8: a short usage takes the page that was declared last, be it after the usage.
     capability.usage_page = usage.page(global_.usage_page);
