@@ -1,5 +1,8 @@
 #include "devicemgr/admission.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "device/vendor_names.h"
 #include "platform/mutex.h"
 #include "platform/text.h"
@@ -24,10 +27,115 @@ SharedHook& device_availability_hook() {
     return *hook;
 }
 
-bool allowed_by_host(std::int32_t vendor_id, std::int32_t product_id) {
-    const auto hook = device_availability_hook().get();
-    return !hook || (*hook)(vendor_id, product_id);
+constexpr const char* function = "plugin_control::device_mgr::enumerate_hid_device";
+
+// %x takes unsigned; the ids are 16-bit and positive.
+unsigned hex(std::int32_t number) {
+    return static_cast<unsigned>(number);
 }
+
+std::string text_of(const wchar_t* text) {
+    return platform::to_utf8(text, longest_text);
+}
+
+const char* name_of(const Candidate& candidate) {
+    return candidate.product_name ? candidate.product_name->c_str() : unknown_text;
+}
+
+// ---- the rules
+
+bool is_own_headset(const Candidate& candidate) {
+    return candidate.vendor_id == ORVEX_VENDOR_ID;
+}
+
+void log_own_headset(const Candidate& candidate) {
+    plugin_log(
+        "3rdPartyHeadsetPlugin: %s: orvex headset is plugged in,vendor_id: %d, product_id: %d, serial: %s. \n",
+        function, candidate.vendor_id, candidate.product_id, unknown_text);
+}
+
+bool is_on_other_page(const Candidate& candidate) {
+    return candidate.usage_page != telephony_usage_page && candidate.usage_page != consumer_usage_page;
+}
+
+void log_other_page(const Candidate& candidate) {
+    plugin_log(
+        "3rdPartyHeadsetPlugin: %s: ignore non-accessary device vendor_id: 0x%04x, product_id: 0x%04x, page: 0x%02x. \n",
+        function, hex(candidate.vendor_id), hex(candidate.product_id), hex(candidate.usage_page));
+}
+
+void log_plugged_in(const Candidate& candidate) {
+    plugin_log(
+        "3rdPartyHeadsetPlugin: %s: 3rd-party headset is plugged in, vendor_id: 0x%04x, product_id: 0x%04x, page: 0x%02x. \n",
+        function, hex(candidate.vendor_id), hex(candidate.product_id), hex(candidate.usage_page));
+}
+
+bool lacks_serial(const Candidate& candidate) {
+    return !candidate.serial;
+}
+
+void log_no_serial(const Candidate& /*candidate*/) {
+    plugin_log("3rdPartyHeadsetPlugin: %s: no serial info, sn = %s, ignored\n", function, unknown_text);
+}
+
+bool is_disallowed(const Candidate& candidate) {
+    const auto hook = device_availability_hook().get();
+    return hook && !(*hook)(candidate.vendor_id, candidate.product_id);
+}
+
+void log_disallowed(const Candidate& candidate) {
+    plugin_log("3rdPartyHeadsetPlugin: %s: disallowed vendor_id:[0x%04x], product_id:[0x%04x]\n", function,
+               hex(candidate.vendor_id), hex(candidate.product_id));
+}
+
+bool is_unsupported(const Candidate& candidate) {
+    return !candidate.is_supported(candidate.vendor_id, candidate.product_id);
+}
+
+void log_unsupported(const Candidate& candidate) {
+    plugin_log(
+        "3rdPartyHeadsetPlugin: %s: 3rd product vendor_id:[0x%4x], product_id:[0x%4x], product_name:[%s] unsupported!\n",
+        function, hex(candidate.vendor_id), hex(candidate.product_id), name_of(candidate));
+}
+
+void log_supported(const Candidate& candidate) {
+    plugin_log(
+        "3rdPartyHeadsetPlugin: %s: 3rd product vendor_id:[0x%4x], product_id:[0x%4x], product_name:[%s] supported!\n",
+        function, hex(candidate.vendor_id), hex(candidate.product_id), name_of(candidate));
+}
+
+void log_nothing(const Candidate& /*candidate*/) {}
+
+struct Rule {
+    Refusal refusal;
+    bool (*refuses)(const Candidate&);
+    void (*log_refused)(const Candidate&);
+    void (*log_passed)(const Candidate&);
+};
+
+/// In the order in which they are applied: the host is not asked about what is no headset.
+constexpr Rule rules[] = {
+    {{AdmissionRule::own_headset, "own headset", "the client serves the headsets of its own maker itself"},
+     is_own_headset,
+     log_own_headset,
+     log_nothing},
+    {{AdmissionRule::usage_page, "usage page", "only the Telephony and the Consumer page count"},
+     is_on_other_page,
+     log_other_page,
+     log_plugged_in},
+    {{AdmissionRule::serial, "serial", "the device states no serial number"},
+     lacks_serial,
+     log_no_serial,
+     log_nothing},
+    {{AdmissionRule::host, "client", "the client does not want this product"},
+     is_disallowed,
+     log_disallowed,
+     log_nothing},
+    {{AdmissionRule::product, "product", "the product is not supported"},
+     is_unsupported,
+     log_unsupported,
+     log_supported},
+};
 
 }  // namespace
 
@@ -39,56 +147,34 @@ bool is_third_party_product_supported(std::int32_t /*vendor_id*/, std::int32_t /
     return true;
 }
 
-std::optional<AdmittedInterface> admit(const hid_device_info& entry, ProductSupportTest is_supported) {
-    static constexpr const char* function = "plugin_control::device_mgr::enumerate_hid_device";
-    const std::int32_t vendor_id = entry.vendor_id;
-    const std::int32_t product_id = entry.product_id;
-    const auto usage_page = static_cast<std::int16_t>(entry.usage_page);
-    // %x takes unsigned; the ids are 16-bit and positive.
-    const auto vendor_hex = static_cast<unsigned>(vendor_id);
-    const auto product_hex = static_cast<unsigned>(product_id);
-    const auto page_hex = static_cast<unsigned>(usage_page);
-    AdmittedInterface admitted{unknown_text, unknown_text};
-
-    if (vendor_id == ORVEX_VENDOR_ID) {
-        plugin_log(
-            "3rdPartyHeadsetPlugin: %s: orvex headset is plugged in,vendor_id: %d, product_id: %d, serial: %s. \n",
-            function, vendor_id, product_id, admitted.serial.c_str());
-        return std::nullopt;
+Candidate make_candidate(const hid_device_info& entry, ProductSupportTest is_supported) {
+    Candidate candidate{entry.vendor_id, entry.product_id, static_cast<std::int16_t>(entry.usage_page)};
+    if (entry.serial_number != nullptr) {
+        candidate.serial = text_of(entry.serial_number);
     }
-    if (usage_page != telephony_usage_page && usage_page != consumer_usage_page) {
-        plugin_log(
-            "3rdPartyHeadsetPlugin: %s: ignore non-accessary device vendor_id: 0x%04x, product_id: 0x%04x, page: 0x%02x. \n",
-            function, vendor_hex, product_hex, page_hex);
-        return std::nullopt;
-    }
-    plugin_log(
-        "3rdPartyHeadsetPlugin: %s: 3rd-party headset is plugged in, vendor_id: 0x%04x, product_id: 0x%04x, page: 0x%02x. \n",
-        function, vendor_hex, product_hex, page_hex);
-    if (entry.serial_number == nullptr) {
-        plugin_log("3rdPartyHeadsetPlugin: %s: no serial info, sn = %s, ignored\n", function,
-                   admitted.serial.c_str());
-        return std::nullopt;
-    }
-    admitted.serial = platform::to_utf8(entry.serial_number, longest_text);
     if (entry.product_string != nullptr) {
-        admitted.product_name = platform::to_utf8(entry.product_string, longest_text);
+        candidate.product_name = text_of(entry.product_string);
     }
-    if (!allowed_by_host(vendor_id, product_id)) {
-        plugin_log("3rdPartyHeadsetPlugin: %s: disallowed vendor_id:[0x%04x], product_id:[0x%04x]\n",
-                   function, vendor_hex, product_hex);
-        return std::nullopt;
+    candidate.is_supported = is_supported;
+    return candidate;
+}
+
+std::optional<Refusal> find_refusal(const Candidate& candidate) {
+    const auto* const refusing = std::find_if(std::begin(rules), std::end(rules),
+                                              [&](const Rule& rule) { return rule.refuses(candidate); });
+    return refusing == std::end(rules) ? std::nullopt : std::optional(refusing->refusal);
+}
+
+std::optional<AdmittedInterface> admit(const hid_device_info& entry, ProductSupportTest is_supported) {
+    const Candidate candidate = make_candidate(entry, is_supported);
+    for (const Rule& rule : rules) {
+        if (rule.refuses(candidate)) {
+            rule.log_refused(candidate);
+            return std::nullopt;
+        }
+        rule.log_passed(candidate);
     }
-    if (!is_supported(vendor_id, product_id)) {
-        plugin_log(
-            "3rdPartyHeadsetPlugin: %s: 3rd product vendor_id:[0x%4x], product_id:[0x%4x], product_name:[%s] unsupported!\n",
-            function, vendor_hex, product_hex, admitted.product_name.c_str());
-        return std::nullopt;
-    }
-    plugin_log(
-        "3rdPartyHeadsetPlugin: %s: 3rd product vendor_id:[0x%4x], product_id:[0x%4x], product_name:[%s] supported!\n",
-        function, vendor_hex, product_hex, admitted.product_name.c_str());
-    return admitted;
+    return AdmittedInterface{*candidate.serial, name_of(candidate)};
 }
 
 }  // namespace plugin_control

@@ -242,6 +242,38 @@ TEST_F(Admission, a_short_product_id_is_filled_up_with_zeros_in_some_lines_and_s
               (Lines{plugged_in, pass_line("disallowed vendor_id:[0x0b0e], product_id:[0x00c9]")}));
 }
 
+TEST_F(Admission, the_rule_that_refuses_is_told_without_a_log) {
+    using plugin_control::AdmissionRule;
+    struct Row {
+        std::uint16_t page, vendor_id;
+        bool has_serial, is_allowed, is_supported;
+        std::optional<AdmissionRule> rule;
+    };
+    const Row rows[] = {
+        {generic_desktop, orvex, false, false, false, AdmissionRule::own_headset},
+        {generic_desktop, jabra, false, false, false, AdmissionRule::usage_page},
+        {telephony, jabra, false, false, false, AdmissionRule::serial},
+        {telephony, jabra, true, false, false, AdmissionRule::host},
+        {telephony, jabra, true, true, false, AdmissionRule::product},
+        {consumer, jabra, true, true, true, std::nullopt},
+    };
+    for (const Row& row : rows) {
+        answer_hook(row.is_allowed);
+        Entry entry(row.page, row.vendor_id);
+        if (row.has_serial) {
+            entry.serial(L"SN-1");
+        }
+        auto candidate = plugin_control::make_candidate(entry.info());
+        if (!row.is_supported) {
+            candidate.is_supported = [](std::int32_t, std::int32_t) { return false; };
+        }
+        const auto refusal = find_refusal(candidate);
+        EXPECT_EQ(refusal ? std::optional(refusal->rule) : std::nullopt, row.rule);
+        EXPECT_TRUE(!refusal || (*refusal->name != '\0' && *refusal->reason != '\0'));
+    }
+    EXPECT_EQ(logger_->lines(), Lines{});
+}
+
 TEST_F(Admission, a_hook_keeps_what_it_remembers_from_one_question_to_the_next) {
     set_device_availability_hook([asked = 0](int, int) mutable { return asked++ == 0; });
     EXPECT_TRUE(admit(Entry().serial(L"SN-1").info()));
