@@ -1,0 +1,61 @@
+// Virtual headsets that are devices of the kernel.
+#pragma once
+
+#include <array>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+#include "orvex/virtual_headset.h"
+#include "tests/support/recording_logger.h"
+
+namespace test_support {
+
+using Report = std::vector<std::uint8_t>;
+
+inline constexpr int patience_ms = static_cast<int>(std::chrono::milliseconds(patience).count());
+
+// Usages of the HID Usage Tables.
+inline constexpr std::uint16_t led_page = 0x08;
+inline constexpr std::uint16_t mute_led = 0x09;
+inline constexpr std::uint16_t off_hook_led = 0x17;
+inline constexpr std::uint16_t telephony_page = 0x0B;
+inline constexpr std::uint16_t hook_switch = 0x20;
+inline constexpr std::uint16_t phone_mute = 0x2F;
+inline constexpr std::uint16_t consumer_page = 0x0C;
+inline constexpr std::uint16_t volume_increment = 0xE9;
+
+inline int plug_headset(const char* model = "jabra-link-380c", const char* serial = nullptr) {
+    const int headset = orvex_virtual_plug(model, serial);
+    EXPECT_GT(headset, 0) << orvex_virtual_error();
+    return headset;
+}
+
+/// A serial number as hidapi gives it; those of the models are ASCII.
+inline std::wstring wide_serial(int headset) {
+    const std::string serial = orvex_virtual_serial(headset);
+    return {serial.begin(), serial.end()};
+}
+
+/// Every output report that reached the headset, in order.
+inline std::vector<Report> outputs(int headset) {
+    std::vector<Report> reports;
+    std::array<std::uint8_t, 128> buffer{};
+    for (int i = 0, length = 0;
+         (length = orvex_virtual_output(headset, i, buffer.data(), buffer.size(), nullptr)) >= 0; ++i) {
+        reports.emplace_back(buffer.begin(), buffer.begin() + length);
+    }
+    return reports;
+}
+
+inline void unplug_headset(int headset) {
+    EXPECT_EQ(orvex_virtual_unplug(headset), 0) << orvex_virtual_error();
+}
+
+/// Unplugs everything in the end.
+class KernelHeadsets : public ::testing::Test {
+  protected:
+    ~KernelHeadsets() override { orvex_virtual_reset(); }
+};
+
+}  // namespace test_support
