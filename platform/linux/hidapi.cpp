@@ -20,6 +20,16 @@ void check_version(const SharedLibrary& library) {
     }
 }
 
+/// A host that loads the plug-in with RTLD_GLOBAL and hidapi after it would have its hidapi call the
+/// plug-in's functions of the same names. Here it is loaded first, by the one who knows how to keep it apart;
+/// whether it is there is asked when it is needed.
+[[gnu::constructor]] void load_before_the_host() {
+    try {
+        const SharedLibrary library(library_name);
+    } catch (const std::exception&) {
+    }
+}
+
 }  // namespace
 
 Hidapi load_hidapi() {
