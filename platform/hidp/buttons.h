@@ -10,8 +10,6 @@
 
 namespace platform::hidp {
 
-inline constexpr ULONG no_selector = 0;  // an array's field that names no usage
-
 inline ULONG get_field(std::span<const UCHAR> report, const Capability& capability, ULONG index) {
     return read_bits(report, capability.field_position(index), capability.field_bits());
 }

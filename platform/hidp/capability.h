@@ -9,6 +9,8 @@
 
 namespace platform::hidp {
 
+inline constexpr ULONG no_selector = 0;  // an array's field that names no usage
+
 struct Capability {
     // What every search and every field access looks at stands together, and first.
     USAGE usage_page = 0;
@@ -47,13 +49,15 @@ struct Capability {
     bool has_null() const { return (bit_field & item_null_state) != 0; }
     ULONG usage_count() const { return usage_max - usage_min + 1U; }
 
-    /// True when the report has a place for the usage: one that is too large for an array's field has none.
+    /// True when the report has a place for the usage: one that is too large for an array's field has none, nor
+    /// has one whose selector stands for no usage.
     bool holds(USAGE usage) const {
         if (usage < usage_min || usage > usage_max) {
             return false;
         }
-        return !is_array() || field_bits() == 32 || selector(usage) >> field_bits() == 0;
+        return !is_array() || (selector(usage) != no_selector && fits_field(selector(usage)));
     }
+    bool fits_field(ULONG value) const { return field_bits() == 32 || value >> field_bits() == 0; }
 
     // An array's field names a usage by a number, its selector.
     ULONG selector(USAGE usage) const { return lowest_selector + (usage - ULONG{usage_min}); }

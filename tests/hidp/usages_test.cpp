@@ -83,6 +83,21 @@ TEST(SetUsages, AnUnknownUsageLeavesTheReportAsItWas) {
     EXPECT_EQ(report, headset.empty_report(HidP_Output));
 }
 
+TEST(SetUsages, AnotherNameOfTheUsageThatStandsForNothing) {
+    const auto headset = headset_with({{report_size, 8},
+                                       {report_count, 1},
+                                       {delimiter, 1},
+                                       {usage, 0},
+                                       {usage, flash},
+                                       {delimiter, 0},
+                                       {usage, redial},
+                                       {output, data_array}});
+    Bytes report = headset.empty_report(HidP_Output);
+    EXPECT_EQ(headset.set(HidP_Output, telephony, {flash}, report).status, HIDP_STATUS_USAGE_NOT_FOUND);
+    EXPECT_EQ(headset.set(HidP_Output, telephony, {redial}, report).status, HIDP_STATUS_SUCCESS);
+    EXPECT_EQ(report, (Bytes{0, 1}));
+}
+
 TEST(SetUsages, AUsageOfAnotherReportLeavesTheReportAsItWas) {
     const auto headset = headset_with_leds();
     Bytes report = {ringer_report, 0x00, 0x00};
