@@ -1,4 +1,5 @@
-// What a collection holds: HidP_GetCaps, HidP_GetButtonCaps, HidP_GetValueCaps, HidP_GetLinkCollectionNodes.
+// What a collection holds: HidP_GetCaps, HidP_GetButtonCaps, HidP_GetValueCaps, HidP_GetSpecificButtonCaps,
+// HidP_GetSpecificValueCaps, HidP_GetLinkCollectionNodes.
 #include <algorithm>
 #include <utility>
 
@@ -56,8 +57,22 @@ void fill(HIDP_VALUE_CAPS& caps, const Capability& capability, const HIDP_LINK_C
     caps.PhysicalMax = capability.physical_max;
 }
 
+/// Which capabilities a caller wants to see; 0 stands for any page, link collection or usage.
+struct Wanted {
+    bool is_button;
+    USAGE page = 0;
+    USHORT link_collection = 0;
+    USAGE usage = 0;
+
+    bool includes(const Capability& capability) const {
+        const USAGE wanted_page = page == 0 ? capability.usage_page : page;
+        const bool has_usage = usage == 0 || (capability.usage_min <= usage && usage <= capability.usage_max);
+        return has_usage && CapabilityFilter{is_button, wanted_page, link_collection}.matches(capability);
+    }
+};
+
 template <typename Caps>
-NTSTATUS list_caps(HIDP_REPORT_TYPE type, bool is_button, Caps* caps, USHORT* length,
+NTSTATUS list_caps(HIDP_REPORT_TYPE type, const Wanted& wanted, Caps* caps, USHORT* length,
                    PHIDP_PREPARSED_DATA data) {
     if (const NTSTATUS status = check_direction(data, type); status != HIDP_STATUS_SUCCESS) {
         return status;
@@ -65,7 +80,7 @@ NTSTATUS list_caps(HIDP_REPORT_TYPE type, bool is_button, Caps* caps, USHORT* le
     const USHORT room = *length;
     USHORT found = 0;
     for (const Capability& capability : data->directions[type].capabilities) {
-        if (capability.is_button != is_button) {
+        if (!wanted.includes(capability)) {
             continue;
         }
         if (found < room) {
@@ -109,12 +124,24 @@ NTSTATUS Parser::HidP_GetCaps(PHIDP_PREPARSED_DATA data, HIDP_CAPS* caps) const 
 
 NTSTATUS Parser::HidP_GetButtonCaps(HIDP_REPORT_TYPE type, HIDP_BUTTON_CAPS* caps, USHORT* length,
                                     PHIDP_PREPARSED_DATA data) const {
-    return list_caps(type, true, caps, length, data);
+    return list_caps(type, {true}, caps, length, data);
 }
 
 NTSTATUS Parser::HidP_GetValueCaps(HIDP_REPORT_TYPE type, HIDP_VALUE_CAPS* caps, USHORT* length,
                                    PHIDP_PREPARSED_DATA data) const {
-    return list_caps(type, false, caps, length, data);
+    return list_caps(type, {false}, caps, length, data);
+}
+
+NTSTATUS Parser::HidP_GetSpecificButtonCaps(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection,
+                                            USAGE usage, HIDP_BUTTON_CAPS* caps, USHORT* length,
+                                            PHIDP_PREPARSED_DATA data) const {
+    return list_caps(type, {true, page, link_collection, usage}, caps, length, data);
+}
+
+NTSTATUS Parser::HidP_GetSpecificValueCaps(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection,
+                                           USAGE usage, HIDP_VALUE_CAPS* caps, USHORT* length,
+                                           PHIDP_PREPARSED_DATA data) const {
+    return list_caps(type, {false, page, link_collection, usage}, caps, length, data);
 }
 
 NTSTATUS Parser::HidP_GetLinkCollectionNodes(HIDP_LINK_COLLECTION_NODE* nodes, ULONG* length,

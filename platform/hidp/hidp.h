@@ -86,6 +86,16 @@ class Parser final : public HidParser {
     NTSTATUS HidP_GetLinkCollectionNodes(HIDP_LINK_COLLECTION_NODE* nodes, ULONG* length,
                                          PHIDP_PREPARSED_DATA data) const;
 
+    /// HidP_GetButtonCaps and HidP_GetValueCaps of one page, link collection and usage alone, where 0 stands
+    /// for any; a range is listed whole where the usage is in it. HIDP_STATUS_USAGE_NOT_FOUND, and a length
+    /// of 0, where nothing matches.
+    NTSTATUS HidP_GetSpecificButtonCaps(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection,
+                                        USAGE usage, HIDP_BUTTON_CAPS* caps, USHORT* length,
+                                        PHIDP_PREPARSED_DATA data) const;
+    NTSTATUS HidP_GetSpecificValueCaps(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE usage,
+                                       HIDP_VALUE_CAPS* caps, USHORT* length,
+                                       PHIDP_PREPARSED_DATA data) const;
+
     /// Writes all fields of a usage that has several, packed without gaps from bit 0 of `value`'s first byte;
     /// bytes behind them are not looked at. HIDP_STATUS_NOT_VALUE_ARRAY for a usage of one field, or one in a
     /// range; HIDP_STATUS_BUFFER_TOO_SMALL where `value` is shorter than the fields.
