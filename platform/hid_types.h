@@ -142,6 +142,12 @@ struct HIDP_VALUE_CAPS {
     };
 };
 
+/// A button that is set.
+struct USAGE_AND_PAGE {
+    USAGE Usage;
+    USAGE UsagePage;
+};
+
 struct HIDP_LINK_COLLECTION_NODE {
     USAGE LinkUsage;
     USAGE LinkUsagePage;
@@ -158,5 +164,6 @@ struct HIDP_LINK_COLLECTION_NODE {
 static_assert(sizeof(HIDP_CAPS) == 64);
 static_assert(sizeof(HIDP_BUTTON_CAPS) == 72);
 static_assert(sizeof(HIDP_VALUE_CAPS) == 72);
+static_assert(sizeof(USAGE_AND_PAGE) == 4);
 
 }  // namespace platform

@@ -96,6 +96,12 @@ class Parser final : public HidParser {
                                        HIDP_VALUE_CAPS* caps, USHORT* length,
                                        PHIDP_PREPARSED_DATA data) const;
 
+    /// Lists the buttons of every page that are set in `report`, as HidP_GetUsages does those of one;
+    /// HidP_MaxUsageListLength of page 0 is the most that it gives.
+    NTSTATUS HidP_GetUsagesEx(HIDP_REPORT_TYPE type, USHORT link_collection, USAGE_AND_PAGE* usages,
+                              ULONG* length, PHIDP_PREPARSED_DATA data, const UCHAR* report,
+                              ULONG report_length) const;
+
     /// Writes all fields of a usage that has several, packed without gaps from bit 0 of `value`'s first byte;
     /// bytes behind them are not looked at. HIDP_STATUS_NOT_VALUE_ARRAY for a usage of one field, or one in a
     /// range; HIDP_STATUS_BUFFER_TOO_SMALL where `value` is shorter than the fields.

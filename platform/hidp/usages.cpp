@@ -1,4 +1,5 @@
-// Buttons in a report: HidP_MaxUsageListLength, HidP_SetUsages, HidP_UnsetUsages, HidP_GetUsages.
+// Buttons in a report: HidP_MaxUsageListLength, HidP_SetUsages, HidP_UnsetUsages, HidP_GetUsages,
+// HidP_GetUsagesEx.
 #include <algorithm>
 #include <span>
 
@@ -63,6 +64,33 @@ NTSTATUS change_usages(PHIDP_PREPARSED_DATA data, HIDP_REPORT_TYPE type, const C
     return status;
 }
 
+/// What HidP_GetUsages and HidP_GetUsagesEx have in common: `is_wanted` chooses the capabilities, `entry`
+/// makes what the list holds.
+template <typename Entry, typename IsWanted, typename MakeEntry>
+NTSTATUS list_usages(PHIDP_PREPARSED_DATA data, HIDP_REPORT_TYPE type, Entry* usages, ULONG* length,
+                     std::span<const UCHAR> report, IsWanted is_wanted, MakeEntry entry) {
+    const auto report_length = static_cast<ULONG>(report.size());
+    if (const NTSTATUS status = check_report(data, type, report_length); status != HIDP_STATUS_SUCCESS) {
+        return status;
+    }
+    const UCHAR report_id = report[0];
+    FoundList<Entry> found({usages, *length});
+    NTSTATUS status = HIDP_STATUS_USAGE_NOT_FOUND;
+    for (const Capability& capability : data->directions[type].capabilities) {
+        if (!is_wanted(capability)) {
+            continue;
+        }
+        if (!fits_report(capability, report_id)) {
+            status = status == HIDP_STATUS_SUCCESS ? status : HIDP_STATUS_INCOMPATIBLE_REPORT_ID;
+            continue;
+        }
+        status = HIDP_STATUS_SUCCESS;
+        for_each_pressed(report, capability, [&](USAGE usage) { found.add(entry(capability, usage)); });
+    }
+    *length = found.count();
+    return found.overflows() ? HIDP_STATUS_BUFFER_TOO_SMALL : status;
+}
+
 }  // namespace
 
 ULONG Parser::HidP_MaxUsageListLength(HIDP_REPORT_TYPE type, USAGE page, PHIDP_PREPARSED_DATA data) const {
@@ -106,27 +134,22 @@ NTSTATUS Parser::HidP_UnsetUsages(HIDP_REPORT_TYPE type, USAGE page, USHORT link
 NTSTATUS Parser::HidP_GetUsages(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE* usages,
                                 ULONG* length, PHIDP_PREPARSED_DATA data, const UCHAR* report,
                                 ULONG report_length) const {
-    if (const NTSTATUS status = check_report(data, type, report_length); status != HIDP_STATUS_SUCCESS) {
-        return status;
-    }
-    const CapabilityFilter filter{true, page, link_collection};
-    const std::span<const UCHAR> bytes{report, report_length};
-    const UCHAR report_id = bytes[0];
-    FoundList<USAGE> found({usages, *length});
-    NTSTATUS status = HIDP_STATUS_USAGE_NOT_FOUND;
-    for (const Capability& capability : data->directions[type].capabilities) {
-        if (!filter.matches(capability)) {
-            continue;
-        }
-        if (!fits_report(capability, report_id)) {
-            status = status == HIDP_STATUS_SUCCESS ? status : HIDP_STATUS_INCOMPATIBLE_REPORT_ID;
-            continue;
-        }
-        status = HIDP_STATUS_SUCCESS;
-        for_each_pressed(bytes, capability, [&](USAGE usage) { found.add(usage); });
-    }
-    *length = found.count();
-    return found.overflows() ? HIDP_STATUS_BUFFER_TOO_SMALL : status;
+    const auto is_wanted = [filter = CapabilityFilter{true, page, link_collection}](
+                               const Capability& capability) { return filter.matches(capability); };
+    const auto entry = [](const Capability&, USAGE usage) { return usage; };
+    return list_usages(data, type, usages, length, {report, report_length}, is_wanted, entry);
+}
+
+NTSTATUS Parser::HidP_GetUsagesEx(HIDP_REPORT_TYPE type, USHORT link_collection, USAGE_AND_PAGE* usages,
+                                  ULONG* length, PHIDP_PREPARSED_DATA data, const UCHAR* report,
+                                  ULONG report_length) const {
+    const auto is_wanted = [&](const Capability& capability) {
+        return CapabilityFilter{true, capability.usage_page, link_collection}.matches(capability);
+    };
+    const auto entry = [](const Capability& capability, USAGE usage) {
+        return USAGE_AND_PAGE{usage, capability.usage_page};
+    };
+    return list_usages(data, type, usages, length, {report, report_length}, is_wanted, entry);
 }
 
 }  // namespace platform::hidp
