@@ -102,6 +102,13 @@ class Parser final : public HidParser {
                               ULONG* length, PHIDP_PREPARSED_DATA data, const UCHAR* report,
                               ULONG report_length) const;
 
+    /// Writes one value, scaled from the physical to the logical range in 32 bits, which overflow without
+    /// notice, as on Windows. HIDP_STATUS_VALUE_OUT_OF_RANGE for a value outside the physical range, also
+    /// where there is a null state; HIDP_STATUS_BAD_LOG_PHY_VALUES where one of the ranges is none.
+    NTSTATUS HidP_SetScaledUsageValue(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE usage,
+                                      LONG value, PHIDP_PREPARSED_DATA data, UCHAR* report,
+                                      ULONG report_length) const;
+
     /// Writes all fields of a usage that has several, packed without gaps from bit 0 of `value`'s first byte;
     /// bytes behind them are not looked at. HIDP_STATUS_NOT_VALUE_ARRAY for a usage of one field, or one in a
     /// range; HIDP_STATUS_BUFFER_TOO_SMALL where `value` is shorter than the fields.

@@ -1,5 +1,5 @@
 // Values in a report: HidP_GetUsageValue, HidP_SetUsageValue, HidP_GetScaledUsageValue,
-// HidP_GetUsageValueArray, HidP_SetUsageValueArray, HidP_InitializeReportForID.
+// HidP_SetScaledUsageValue, HidP_GetUsageValueArray, HidP_SetUsageValueArray, HidP_InitializeReportForID.
 #include <algorithm>
 #include <cstdint>
 #include <optional>
@@ -49,18 +49,27 @@ struct Extent {
     bool is_empty() const { return min >= max; }
     bool contains(std::int64_t value) const { return min <= value && value <= max; }
     std::uint64_t width() const { return static_cast<std::uint64_t>(max - min); }
+    bool operator==(const Extent&) const = default;
+};
+
+struct Extents {
+    Extent logical;
+    Extent physical;
+
+    bool are_sound() const { return !logical.is_empty() && !physical.is_empty(); }
 };
 
 /// HID 1.11, 6.2.2.7: while both physical limits are 0, they are the logical ones.
-Extent physical_extent(const Capability& capability, const Extent& logical) {
+Extents extents_of(const Capability& capability) {
+    const Extent logical{capability.logical_min, capability.logical_max};
     const bool is_defined = capability.physical_min != 0 || capability.physical_max != 0;
-    return is_defined ? Extent{capability.physical_min, capability.physical_max} : logical;
+    return {logical, is_defined ? Extent{capability.physical_min, capability.physical_max} : logical};
 }
 
 NTSTATUS scale(const Capability& capability, std::int64_t value, LONG& scaled) {
-    const Extent logical{capability.logical_min, capability.logical_max};
-    const Extent physical = physical_extent(capability, logical);
-    if (logical.is_empty() || physical.is_empty()) {
+    const Extents extents = extents_of(capability);
+    const auto& [logical, physical] = extents;
+    if (!extents.are_sound()) {
         return HIDP_STATUS_BAD_LOG_PHY_VALUES;
     }
     if (!logical.contains(value)) {
@@ -70,6 +79,29 @@ NTSTATUS scale(const Capability& capability, std::int64_t value, LONG& scaled) {
     const std::uint64_t steps =
         static_cast<std::uint64_t>(value - logical.min) * physical.width() / logical.width();
     scaled = static_cast<LONG>(physical.min + static_cast<std::int64_t>(steps));
+    return HIDP_STATUS_SUCCESS;
+}
+
+/// The same backwards, in the 32 bits of the Windows parser: where the product overflows, the logical value
+/// is wrong there and here. Between equal ranges there is no product.
+NTSTATUS unscale(const Capability& capability, LONG scaled, LONG& value) {
+    const Extents extents = extents_of(capability);
+    const auto& [logical, physical] = extents;
+    if (!extents.are_sound()) {
+        return HIDP_STATUS_BAD_LOG_PHY_VALUES;
+    }
+    if (!physical.contains(scaled)) {
+        return HIDP_STATUS_VALUE_OUT_OF_RANGE;
+    }
+    if (physical == logical) {
+        value = scaled;
+        return HIDP_STATUS_SUCCESS;
+    }
+    const auto product =
+        static_cast<LONG>(static_cast<std::uint64_t>(scaled - physical.min) * (logical.width() + 1));
+    // 64 bits: the physical values may be all that a LONG has.
+    const std::int64_t steps = product / static_cast<std::int64_t>(physical.width() + 1);
+    value = static_cast<LONG>(logical.min + steps);
     return HIDP_STATUS_SUCCESS;
 }
 
@@ -161,6 +193,23 @@ NTSTATUS Parser::HidP_GetScaledUsageValue(HIDP_REPORT_TYPE type, USAGE page, USH
     const ULONG raw = read_bits(bytes, field.position, field.capability->field_bits());
     *value = 0;
     return scale(*field.capability, logical_value(*field.capability, raw), *value);
+}
+
+NTSTATUS Parser::HidP_SetScaledUsageValue(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection,
+                                          USAGE usage, LONG value, PHIDP_PREPARSED_DATA data, UCHAR* report,
+                                          ULONG report_length) const {
+    const std::span<UCHAR> bytes{report, report_length};
+    const ValueField field = find_value(data, type, page, link_collection, usage, bytes);
+    if (field.capability == nullptr) {
+        return field.status;
+    }
+    LONG logical = 0;
+    const NTSTATUS status = unscale(*field.capability, value, logical);
+    if (status == HIDP_STATUS_SUCCESS) {
+        bytes[0] = field.capability->report_id;
+        write_bits(bytes, field.position, field.capability->field_bits(), static_cast<ULONG>(logical));
+    }
+    return status;
 }
 
 NTSTATUS Parser::HidP_SetUsageValueArray(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection,
