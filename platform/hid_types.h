@@ -148,6 +148,16 @@ struct USAGE_AND_PAGE {
     USAGE UsagePage;
 };
 
+/// The state of one control, which its data index names.
+struct HIDP_DATA {
+    USHORT DataIndex;
+    USHORT Reserved;
+    union {
+        ULONG RawValue;  ///< of a value, as it stands in the report
+        BOOLEAN On;      ///< of a button
+    };
+};
+
 struct HIDP_LINK_COLLECTION_NODE {
     USAGE LinkUsage;
     USAGE LinkUsagePage;
@@ -165,5 +175,6 @@ static_assert(sizeof(HIDP_CAPS) == 64);
 static_assert(sizeof(HIDP_BUTTON_CAPS) == 72);
 static_assert(sizeof(HIDP_VALUE_CAPS) == 72);
 static_assert(sizeof(USAGE_AND_PAGE) == 4);
+static_assert(sizeof(HIDP_DATA) == 8);
 
 }  // namespace platform

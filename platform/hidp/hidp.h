@@ -109,6 +109,28 @@ class Parser final : public HidParser {
                                       LONG value, PHIDP_PREPARSED_DATA data, UCHAR* report,
                                       ULONG report_length) const;
 
+    /// The most that HidP_GetData gives for one report of this direction; 0 for wrong arguments.
+    ULONG HidP_MaxDataListLength(HIDP_REPORT_TYPE type, PHIDP_PREPARSED_DATA data) const;
+
+    /// Lists the controls of the report with their data indices: the buttons that are set, and every value
+    /// that is no value array and has bits. Aliases are left out, their control has data under its first
+    /// name. `*length` is the room in and the number out; HIDP_STATUS_BUFFER_TOO_SMALL sets it to the room
+    /// needed.
+    NTSTATUS HidP_GetData(HIDP_REPORT_TYPE type, HIDP_DATA* list, ULONG* length, PHIDP_PREPARSED_DATA data,
+                          const UCHAR* report, ULONG report_length) const;
+
+    /// Sets buttons (On), clears them and writes values (RawValue), one after the other. On failure `*length`
+    /// is the index of the entry that could not be applied; those before it were. The first entry decides
+    /// which report a report of id 0 becomes; an empty list is for none, HIDP_STATUS_REPORT_DOES_NOT_EXIST.
+    ///
+    /// HIDP_STATUS_DATA_INDEX_OUT_OF_RANGE behind the last index of the direction,
+    /// HIDP_STATUS_DATA_INDEX_NOT_FOUND for an index without a place in the report,
+    /// HIDP_STATUS_INCOMPATIBLE_REPORT_ID for a control of another report, HIDP_STATUS_IS_VALUE_ARRAY for one
+    /// usage with several fields, be they values or buttons, HIDP_STATUS_BUTTON_NOT_PRESSED where a button to
+    /// clear is not set, HIDP_STATUS_BUFFER_TOO_SMALL for an array whose fields are all taken.
+    NTSTATUS HidP_SetData(HIDP_REPORT_TYPE type, const HIDP_DATA* list, ULONG* length,
+                          PHIDP_PREPARSED_DATA data, UCHAR* report, ULONG report_length) const;
+
     /// Writes all fields of a usage that has several, packed without gaps from bit 0 of `value`'s first byte;
     /// bytes behind them are not looked at. HIDP_STATUS_NOT_VALUE_ARRAY for a usage of one field, or one in a
     /// range; HIDP_STATUS_BUFFER_TOO_SMALL where `value` is shorter than the fields.
