@@ -49,6 +49,10 @@ TEST(WorkOnReports, AllocatesNothing) {
     ULONG length = 1;
     ULONG value = 0;
     LONG scaled = 0;
+    USAGE_AND_PAGE all_set[2] = {};
+    ULONG set_count = 2;
+    HIDP_DATA controls[3] = {};
+    ULONG control_count = 3;
     const auto& parser = hidp::parser();
     const PHIDP_PREPARSED_DATA data = headset.data();
 
@@ -66,6 +70,14 @@ TEST(WorkOnReports, AllocatesNothing) {
     ASSERT_EQ(parser.HidP_GetScaledUsageValue(HidP_Output, led_page, 0, led_ring, &scaled, data, report, 3),
               HIDP_STATUS_SUCCESS);
     ASSERT_EQ(parser.HidP_UnsetUsages(HidP_Output, telephony, 0, key, &length, data, report, 3),
+              HIDP_STATUS_SUCCESS);
+    ASSERT_EQ(parser.HidP_SetScaledUsageValue(HidP_Output, led_page, 0, led_ring, 9, data, report, 3),
+              HIDP_STATUS_SUCCESS);
+    ASSERT_EQ(parser.HidP_GetUsagesEx(HidP_Output, 0, all_set, &set_count, data, report, 3),
+              HIDP_STATUS_SUCCESS);
+    ASSERT_EQ(parser.HidP_GetData(HidP_Output, controls, &control_count, data, report, 3),
+              HIDP_STATUS_SUCCESS);
+    ASSERT_EQ(parser.HidP_SetData(HidP_Output, controls, &control_count, data, report, 3),
               HIDP_STATUS_SUCCESS);
     EXPECT_EQ(meter.allocations(), 0U);
 }
