@@ -7,29 +7,28 @@ namespace headset_plugin {
 
 namespace {
 
-struct VendorName {
-    std::int32_t vendor_id;
-    const char* name;
-};
-
 /// Vendor ids as assigned by the USB-IF.
-constexpr std::array vendor_names = {
+constexpr std::array table = {
     VendorName{0x047F, "Plantronics"}, VendorName{0x1377, "Sennheiser"}, VendorName{0x1395, "Sennheiser"},
     VendorName{0x0B0E, "Jabra"},       VendorName{0x046D, "Logitech"},   VendorName{0x03F0, "HP"},
     VendorName{0x041E, "Creative"},    VendorName{0x045E, "Microsoft"},  VendorName{0x054C, "Sony"},
     VendorName{0x05A7, "Bose"},        VendorName{0x0D8C, "C-Media"},
 };
 
-static_assert(std::none_of(vendor_names.begin(), vendor_names.end(),
+static_assert(std::none_of(table.begin(), table.end(),
                            [](const VendorName& vendor) { return vendor.vendor_id == ORVEX_VENDOR_ID; }),
               "the maker's own vendor id is one of the third-party vendors");
 
 }  // namespace
 
+std::span<const VendorName> vendor_names() {
+    return table;
+}
+
 const char* vendor_name(std::int32_t vendor_id) {
-    const auto found = std::find_if(vendor_names.begin(), vendor_names.end(),
+    const auto found = std::find_if(table.begin(), table.end(),
                                     [&](const VendorName& vendor) { return vendor.vendor_id == vendor_id; });
-    return found == vendor_names.end() ? "Unknown" : found->name;
+    return found == table.end() ? "Unknown" : found->name;
 }
 
 }  // namespace headset_plugin

@@ -194,8 +194,12 @@ HidHandle hid_open_handle(const char* path) {
         hid_set_error(nullptr, error_text(L"CreateFile", opened.error));
         return nullptr;
     }
+    return hid_open_handle(std::move(opened.interface));
+}
+
+HidHandle hid_open_handle(std::unique_ptr<platform::HidInterface> opened) {
     try {
-        return make_handle(std::move(opened.interface));
+        return make_handle(std::move(opened));
     } catch (const OpenError& error) {
         hid_set_error(nullptr, error.text());
         return nullptr;

@@ -43,6 +43,10 @@ HidEnumeration hid_list(std::uint16_t vendor_id, std::uint16_t product_id);
 /// failure.
 HidHandle hid_open_handle(const char* path);
 
+/// The same for a collection that is open already, of whatever backend: its parsed report descriptor is one
+/// that the platform frees. Not null.
+HidHandle hid_open_handle(std::unique_ptr<platform::HidInterface> opened);
+
 /// Opens the first match, a telephony collection before any other; an absent serial number matches every
 /// device.
 HidHandle hid_open_handle(std::uint16_t vendor_id, std::uint16_t product_id,
