@@ -34,7 +34,8 @@ ALLOWED = {
     "plugin": DEVICEMGR | {"callstate", "include/orvex"},
     "plugin/exports": DEVICEMGR | {"plugin", "callstate", "include/orvex"},
     "tools/common": set(),
-    "tools/headset": DEVICEMGR | {"tools/common", "include/orvex", "platform/hidp", "platform/virtual"},
+    "tools/headset": DEVICEMGR
+    | {"tools/common", "include/orvex", "platform/common", "platform/hidp", "platform/linux", "platform/virtual"},
     "tools/softphone": {"tools/common", "include/orvex", "platform", "platform/common"},
 }
 

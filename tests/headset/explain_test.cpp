@@ -90,6 +90,20 @@ TEST(Explain, collections_that_are_not_opened_are_listed_with_their_fate) {
     EXPECT_EQ(collections[2].fate, CollectionFate::let_in);
 }
 
+TEST(Explain, collections_that_are_not_let_in_are_listed_with_the_reason) {
+    Descriptor descriptor{model_descriptor("jabra-link-380c")};
+    descriptor.has_serial = false;
+    const auto explanation = explain(descriptor);
+    EXPECT_FALSE(explanation.is_open);
+    EXPECT_EQ(explanation.collections.at(0).fate, CollectionFate::left_alone);
+    const auto text = to_text(explanation);
+    EXPECT_NE(text.find("  1  Headset (0B:05)           not let in: the device states no serial number\n"
+                        "  2  FF00:01                   not let in: only the Telephony and the Consumer page "
+                        "count\n"),
+              std::string::npos)
+        << text;
+}
+
 TEST(Explain, controls_without_use_are_listed) {
     const auto text = to_text(explained(model_descriptor("jabra-link-380c")));
     const auto unused = text.substr(text.find("There, but not used"));

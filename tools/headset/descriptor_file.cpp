@@ -68,7 +68,7 @@ std::optional<Descriptor> read_recording(std::string_view content) {
     const auto line = labelled(content, "R: ");
     if (!line)
         return std::nullopt;
-    Descriptor descriptor{parse_counted(*line), std::string(labelled(content, "N:").value_or("")), {}};
+    Descriptor descriptor{parse_counted(*line), std::string(labelled(content, "N:").value_or(""))};
     if (const auto ids = labelled(content, "I:"))
         descriptor.ids = parse_ids(*ids);
     return descriptor;
@@ -97,7 +97,7 @@ std::optional<Descriptor> read_dump(std::string_view content) {
     const auto* end = begin;
     while (!content.empty() && !is_dump_header(take_line(content)))
         end = content.data();
-    return Descriptor{parse_hex({begin, end}), {}, {}};
+    return Descriptor{parse_hex({begin, end})};
 }
 
 // ---- text and bytes
@@ -142,8 +142,8 @@ Descriptor read_descriptor(std::string_view content) {
     if (auto dump = read_dump(content))
         return *std::move(dump);
     if (is_text(content))
-        return {parse_hex(content), {}, {}};
-    return {Bytes(content.begin(), content.end()), {}, {}};
+        return {parse_hex(content)};
+    return {Bytes(content.begin(), content.end())};
 }
 
 Descriptor load_descriptor(const std::string& argument, std::istream& input) {
@@ -153,7 +153,7 @@ Descriptor load_descriptor(const std::string& argument, std::istream& input) {
     if (std::filesystem::exists(argument, ignored))
         return read_named(argument, read_file(argument));
     try {
-        return {parse_hex(argument), {}, {}};
+        return {parse_hex(argument)};
     } catch (const Refused& error) {
         throw UsageError("there is no file of this name, and " + std::string(error.what()));
     }

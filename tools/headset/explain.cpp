@@ -29,13 +29,13 @@ constexpr Usage phone_mute{telephony_page, 0x2F};
 std::optional<std::size_t> open_collection(TrialHeadset& headset, Explanation& explanation) {
     std::optional<std::size_t> opened;
     for (const auto& interface : headset.interfaces()) {
-        auto fate = interface.is_admitted ? CollectionFate::let_in : CollectionFate::left_alone;
-        if (interface.is_admitted && interface.is_telephony && !opened) {
+        auto fate = interface.refusal ? CollectionFate::left_alone : CollectionFate::let_in;
+        if (!interface.refusal && interface.is_telephony && !opened) {
             fate = headset.open(interface) ? CollectionFate::opened : CollectionFate::not_opened;
             if (fate == CollectionFate::opened)
                 opened = explanation.collections.size();
         }
-        explanation.collections.push_back({interface.usage, fate});
+        explanation.collections.push_back({interface.usage, fate, interface.refusal});
     }
     explanation.open_error = headset.open_error();
     return opened;
@@ -142,10 +142,12 @@ std::string section(const char* title, const Table& table) {
 Table collections_table(const Explanation& explanation) {
     Table table;
     for (std::size_t i = 0; i < explanation.collections.size(); ++i) {
-        const auto& [usage, fate] = explanation.collections[i];
+        const auto& [usage, fate, refusal] = explanation.collections[i];
         std::string text = fate_texts[static_cast<int>(fate)];
         if (fate == CollectionFate::not_opened)
             text += ": " + explanation.open_error;
+        if (refusal)
+            text += std::string(": ") + refusal->reason;
         table.add({std::to_string(i + 1), usage_label(usage), text});
     }
     return table;

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "devicemgr/admission.h"
 #include "tools/headset/descriptor_file.h"
 #include "tools/headset/usage_names.h"
 
@@ -22,6 +23,7 @@ enum class CollectionFate {
 struct ExplainedCollection {
     Usage usage;
     CollectionFate fate = CollectionFate::left_alone;
+    std::optional<plugin_control::Refusal> refusal{};  ///< why it was left alone
 };
 
 struct ExplainedIndicator {

@@ -1,14 +1,14 @@
 #include "tools/headset/trial_headset.h"
 
-#include "devicemgr/admission.h"
 #include "hid/usage_input.h"
 #include "hid/usage_output.h"
+#include "platform/common/steady_clock.h"
 #include "platform/hidp/hidp.h"
 #include "platform/text.h"
-#include "platform/virtual/virtual_platform.h"
 #include "plugin/base/headset_types.h"
 #include "plugin/base/plugin_log.h"
 #include "tools/headset/errors.h"
+#include "tools/headset/interfaces.h"
 
 /// No log: the commands tell what the functions did.
 std::shared_ptr<plugin_control::IPluginLogger> getPluginLogger() {
@@ -21,19 +21,22 @@ namespace {
 // A vendor that the plug-in has a driver for (Jabra), for a headset that does not tell its own.
 constexpr DeviceIds driven_device{0x0B0E, 0x0001};
 
-platform::virtual_platform::VirtualBus& bus() {
-    return platform::virtual_platform::virtual_platform().bus();
+using platform::virtual_platform::VirtualBus;
+
+std::unique_ptr<platform::Sleeper> make_sleeper() {
+    return platform::common::SteadyClock().make_sleeper();
 }
 
-int plug(const Descriptor& descriptor, DeviceIds ids) {
+int plug(VirtualBus& bus, const Descriptor& descriptor, DeviceIds ids) {
     std::string failure;
-    const auto number = bus().plug({.descriptor = descriptor.bytes,
-                                    .vendor_id = ids.vendor,
-                                    .product_id = ids.product,
-                                    .manufacturer = "virtual",
-                                    .product = descriptor.name,
-                                    .serial = "trial"},
-                                   failure);
+    const auto serial = descriptor.has_serial ? std::optional<std::string>("trial") : std::nullopt;
+    const auto number = bus.plug({.descriptor = descriptor.bytes,
+                                  .vendor_id = ids.vendor,
+                                  .product_id = ids.product,
+                                  .manufacturer = "virtual",
+                                  .product = descriptor.name,
+                                  .serial = serial},
+                                 failure);
     if (!number)
         throw Refused("the descriptor is refused: " + failure);
     return *number;
@@ -42,29 +45,23 @@ int plug(const Descriptor& descriptor, DeviceIds ids) {
 }  // namespace
 
 TrialHeadset::TrialHeadset(const Descriptor& descriptor)
-    : number_(plug(descriptor, descriptor.ids.value_or(driven_device))),
-      vendor_id_(descriptor.ids.value_or(driven_device).vendor),
-      product_id_(descriptor.ids.value_or(driven_device).product),
-      driver_(headset_plugin::create_driver(vendor_id_, product_id_)) {}
-
-TrialHeadset::~TrialHeadset() {
-    handle_.reset();
-    bus().unplug(number_);
-}
+    : bus_([](bool) {}, make_sleeper),
+      number_(plug(bus_, descriptor, descriptor.ids.value_or(driven_device))),
+      driver_(headset_plugin::create_driver(descriptor.ids.value_or(driven_device).vendor,
+                                            descriptor.ids.value_or(driven_device).product)) {}
 
 std::vector<TrialHeadset::Interface> TrialHeadset::interfaces() const {
     std::vector<Interface> interfaces;
-    const auto list = headset_plugin::hid_list(vendor_id_, product_id_);
-    for (const hid_device_info* entry = list.get(); entry != nullptr; entry = entry->next)
-        interfaces.push_back({entry->path,
-                              {entry->usage_page, entry->usage},
-                              plugin_control::admit(*entry).has_value(),
-                              entry->usage_page == plugin_control::telephony_usage_page});
+    for (const auto& info : bus_.enumerate(0, 0))
+        interfaces.push_back({info.path,
+                              {info.usage_page, info.usage},
+                              find_refusal(info),
+                              info.usage_page == plugin_control::telephony_usage_page});
     return interfaces;
 }
 
 bool TrialHeadset::open(const Interface& interface) {
-    handle_ = headset_plugin::hid_open_handle(interface.path.c_str());
+    handle_ = headset_plugin::hid_open_handle(bus_.open(interface.path).interface);
     if (!handle_)
         open_error_ = platform::to_utf8(headset_plugin::hid_last_error(nullptr));
     else if (driver_)
@@ -104,7 +101,7 @@ std::optional<Bytes> TrialHeadset::write(Bytes report, bool is_built) {
 }
 
 bool TrialHeadset::is_lit(Usage indicator) const {
-    return bus().indicator(number_, {indicator.page, indicator.id}).value_or(false);
+    return bus_.indicator(number_, {indicator.page, indicator.id}).value_or(false);
 }
 
 bool TrialHeadset::reads_as_mute(const Bytes& report) const {

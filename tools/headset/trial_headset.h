@@ -6,27 +6,26 @@
 #include <string>
 #include <vector>
 
+#include "devicemgr/admission.h"
 #include "drivers/driver_factory.h"
 #include "hid/hid_access.h"
+#include "platform/virtual/virtual_bus.h"
 #include "tools/headset/descriptor_file.h"
 #include "tools/headset/usage_names.h"
 
 namespace headset {
 
-/// Plugged in from construction to destruction. One at a time: the virtual bus is the process's.
+/// Plugged into a bus of its own: what else the process has to do with devices is the system's.
 class TrialHeadset {
   public:
     /// Throws Refused, with the parser's reason.
     explicit TrialHeadset(const Descriptor& descriptor);
-    ~TrialHeadset();
-    TrialHeadset(const TrialHeadset&) = delete;
-    TrialHeadset& operator=(const TrialHeadset&) = delete;
 
     /// A top-level collection, as the plug-in finds it when it looks through the devices.
     struct Interface {
         std::string path;
         Usage usage;
-        bool is_admitted = false;
+        std::optional<plugin_control::Refusal> refusal{};  ///< empty where it is let in
         bool is_telephony = false;
     };
     std::vector<Interface> interfaces() const;
@@ -56,9 +55,8 @@ class TrialHeadset {
   private:
     std::optional<Bytes> write(Bytes report, bool is_built);
 
+    platform::virtual_platform::VirtualBus bus_;
     int number_;
-    std::uint16_t vendor_id_;
-    std::uint16_t product_id_;
     headset_plugin::Driver driver_;
     headset_plugin::HidHandle handle_;
     std::string open_error_;
