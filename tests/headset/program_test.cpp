@@ -9,6 +9,7 @@
 #include "tests/support/run_program.h"
 #include "tests/support/temporary_file.h"
 #include "tools/common/text.h"
+#include "tools/headset/udev_rules.h"
 
 namespace headset {
 namespace {
@@ -39,8 +40,8 @@ const std::string jabra = tools::to_hex(model_descriptor("jabra-link-380c"));
 TEST(Program, help_names_the_commands_forms_and_exit_statuses) {
     const auto result = run({"--help"});
     EXPECT_EQ(result.status, 0);
-    for (const char* part : {"caps", "decode", "encode", "explain", "hid-recorder", "usbhid-dump", "binary",
-                             "Exit status", "--version"})
+    for (const char* part : {"caps", "decode", "encode", "explain", "udev-rules", "hid-recorder",
+                             "usbhid-dump", "binary", "Exit status", "--version"})
         EXPECT_TRUE(contains(result.output, part)) << part;
 }
 
@@ -52,6 +53,21 @@ TEST(Program, every_command_has_help_with_examples) {
         EXPECT_TRUE(contains(result.output, "Example")) << command;
         EXPECT_TRUE(contains(result.output, std::string("  headset ") + command)) << command;
     }
+}
+
+TEST(Program, commands_without_a_descriptor_have_help_with_examples) {
+    for (const char* command : {"udev-rules"}) {
+        const auto result = run({command, "--help"});
+        EXPECT_EQ(result.status, 0) << command;
+        EXPECT_TRUE(contains(result.output, "Example")) << command;
+        EXPECT_TRUE(contains(result.output, std::string("  headset ") + command)) << command;
+    }
+}
+
+TEST(Program, prints_the_udev_rules) {
+    const auto result = run({"udev-rules"});
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(result.output, udev_rules());
 }
 
 TEST(Program, says_its_version) {
@@ -234,9 +250,9 @@ TEST(Program, a_full_disk_is_a_system_error) {
 TEST(Program, the_manual_names_every_command_and_option) {
     std::ostringstream manual;
     manual << std::ifstream(HEADSET_MANUAL).rdbuf();
-    for (const char* part :
-         {"headset caps", "headset decode", "headset encode", "headset explain", "--json", "--input",
-          "--output", "--feature", "--version", "--help", "MaxUsageListLength", "report_id"})
+    for (const char* part : {"headset caps", "headset decode", "headset encode", "headset explain",
+                             "headset udev-rules", "--json", "--input", "--output", "--feature", "--version",
+                             "--help", "MaxUsageListLength", "report_id"})
         EXPECT_TRUE(contains(manual.str(), part)) << part;
 }
 

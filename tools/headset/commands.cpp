@@ -1,5 +1,7 @@
 #include "tools/headset/commands.h"
 
+#include <algorithm>
+
 #include "tools/headset/caps_json.h"
 #include "tools/headset/caps_table.h"
 #include "tools/headset/decode.h"
@@ -7,9 +9,18 @@
 #include "tools/headset/encode.h"
 #include "tools/headset/errors.h"
 #include "tools/headset/explain.h"
+#include "tools/headset/udev_rules.h"
 
 namespace headset {
 namespace {
+
+/// What a command is to do, and with what.
+struct Task {
+    const Options& options;
+    System& system;
+    std::istream& input;
+    std::ostream& output;
+};
 
 Bytes parse_report(const std::string& text) {
     try {
@@ -19,53 +30,73 @@ Bytes parse_report(const std::string& text) {
     }
 }
 
-template <class Report>
-void print(const Report& report, bool json, std::ostream& output) {
-    output << (json ? to_line(to_json(report)) : to_text(report));
-}
-
-void run_caps(const Options& options, std::istream& input, std::ostream& output) {
-    if (options.descriptor == "-")
-        return answer_caps_lines(input, output);
-    const auto collections = parse_collections(load_descriptor(options.descriptor, input).bytes);
-    output << (options.json ? to_line(caps_to_json(collections)) : caps_table(collections));
-}
-
-void run_decode(const Options& options, std::istream& input, std::ostream& output) {
-    std::vector<Bytes> reports;
-    for (const auto& argument : options.arguments)
-        reports.push_back(parse_report(argument));
-    const auto collections = parse_collections(load_descriptor(options.descriptor, input).bytes);
-    for (const auto& report : reports)
-        print(decode(collections, options.direction, report), options.json, output);
-}
-
-void run_encode(const Options& options, std::istream& input, std::ostream& output) {
+std::vector<Assignment> parse_assignments(const std::vector<std::string>& arguments) {
     std::vector<Assignment> assignments;
-    for (const auto& argument : options.arguments)
+    for (const auto& argument : arguments)
         assignments.push_back(parse_assignment(argument));
-    const auto collections = parse_collections(load_descriptor(options.descriptor, input).bytes);
-    for (const auto& report : encode(collections, options.direction, assignments))
-        print(report, options.json, output);
+    return assignments;
 }
 
-void run_explain(const Options& options, std::istream& input, std::ostream& output) {
-    output << to_text(explain(load_descriptor(options.descriptor, input)));
+Collections load_collections(const Task& task) {
+    return parse_collections(load_descriptor(task.options.descriptor, task.input).bytes);
 }
+
+template <class Report>
+void print(const Report& report, const Task& task) {
+    task.output << (task.options.json ? to_line(to_json(report)) : to_text(report));
+}
+
+int run_caps(const Task& task) {
+    if (task.options.descriptor == "-") {
+        answer_caps_lines(task.input, task.output);
+        return exit_ok;
+    }
+    const auto collections = load_collections(task);
+    task.output << (task.options.json ? to_line(caps_to_json(collections)) : caps_table(collections));
+    return exit_ok;
+}
+
+int run_decode(const Task& task) {
+    std::vector<Bytes> reports;
+    for (const auto& argument : task.options.arguments)
+        reports.push_back(parse_report(argument));
+    const auto collections = load_collections(task);
+    for (const auto& report : reports)
+        print(decode(collections, task.options.direction, report), task);
+    return exit_ok;
+}
+
+int run_encode(const Task& task) {
+    const auto assignments = parse_assignments(task.options.arguments);
+    const auto collections = load_collections(task);
+    for (const auto& report : encode(collections, task.options.direction, assignments))
+        print(report, task);
+    return exit_ok;
+}
+
+int run_explain(const Task& task) {
+    task.output << to_text(explain(load_descriptor(task.options.descriptor, task.input)));
+    return exit_ok;
+}
+
+int run_udev_rules(const Task& task) {
+    task.output << udev_rules();
+    return exit_ok;
+}
+
+struct Row {
+    Command command;
+    int (*run)(const Task&);
+};
+constexpr Row rows[] = {
+    {Command::caps, run_caps},       {Command::decode, run_decode},         {Command::encode, run_encode},
+    {Command::explain, run_explain}, {Command::udev_rules, run_udev_rules},
+};
 
 }  // namespace
 
-void run(const Options& options, std::istream& input, std::ostream& output) {
-    switch (options.command) {
-        case Command::caps:
-            return run_caps(options, input, output);
-        case Command::decode:
-            return run_decode(options, input, output);
-        case Command::encode:
-            return run_encode(options, input, output);
-        case Command::explain:
-            return run_explain(options, input, output);
-    }
+int run(const Options& options, System& system, std::istream& input, std::ostream& output) {
+    return std::ranges::find(rows, options.command, &Row::command)->run({options, system, input, output});
 }
 
 }  // namespace headset

@@ -5,10 +5,12 @@
 #include <ostream>
 
 #include "tools/headset/options.h"
+#include "tools/headset/system.h"
 
 namespace headset {
 
-/// Carries out a command. Throws UsageError and Refused.
-void run(const Options& options, std::istream& input, std::ostream& output);
+/// Carries out a command; the exit status. Throws UsageError, Refused, and others for what the system
+/// refuses.
+int run(const Options& options, System& system, std::istream& input, std::ostream& output);
 
 }  // namespace headset

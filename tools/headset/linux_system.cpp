@@ -78,8 +78,8 @@ std::optional<fs::path> usb_device(fs::path device) {
 
 bool has_sound(const fs::path& device) {
     const auto usb = usb_device(device);
-    return usb && std::ranges::any_of(entries(*usb),
-                                      [](const fs::path& interface) { return is_there(interface / "sound"); });
+    return usb && std::ranges::any_of(
+                      entries(*usb), [](const fs::path& interface) { return is_there(interface / "sound"); });
 }
 
 /// Whether an input device has a key. The kernel shows its keys as a number of many words, in hexadecimal,

@@ -4,6 +4,7 @@
 
 #include "tools/headset/commands.h"
 #include "tools/headset/errors.h"
+#include "tools/headset/linux_system.h"
 
 namespace {
 
@@ -23,9 +24,10 @@ int main(int argc, char** argv) {
         if (const int* status = std::get_if<int>(&parsed))
             return *status;
         std::cout.exceptions(std::ios::badbit | std::ios::failbit);
-        run(std::get<Options>(parsed), std::cin, std::cout);
+        LinuxSystem system;
+        const int status = run(std::get<Options>(parsed), system, std::cin, std::cout);
         std::cout.flush();
-        return exit_ok;
+        return status;
     } catch (const UsageError& error) {
         return fail(exit_usage, error);
     } catch (const Refused& error) {

@@ -12,8 +12,8 @@ using platform::HidP_Input;
 using platform::HidP_Output;
 
 constexpr const char* description =
-    "headset: what a headset's report descriptor says, and what the plug-in makes of it.\n"
-    "No headset is needed.";
+    "headset: finds out why a headset does not work, shows what it sends, and tells what its report\n"
+    "descriptor says and what the plug-in makes of it.";
 
 constexpr const char* footer =
     "A descriptor is given as a file, or as hexadecimal text where no file has that name; `-` is standard\n"
@@ -96,6 +96,15 @@ constexpr CommandHelp explain_help = {
     "Example:\n"
     "  headset explain jabra.hid"};
 
+constexpr CommandHelp udev_rules_help = {
+    "udev-rules", "print the udev rules that let people open their headsets",
+    "Prints a file of udev rules with a rule for each vendor that the plug-in knows. With it whoever sits at the\n"
+    "machine may open these headsets; without it only root may. The headset is to be plugged in anew then.\n"
+    "\n"
+    "Example:\n"
+    "  headset udev-rules | sudo tee /etc/udev/rules.d/70-orvex-headset.rules\n"
+    "  sudo udevadm control --reload"};
+
 struct DirectionOption {
     const char* name;
     platform::HIDP_REPORT_TYPE direction;
@@ -117,6 +126,7 @@ class CommandLine {
 
   private:
     CLI::App* add_command(Command command, const CommandHelp& help);
+    CLI::App* add_descriptor_command(Command command, const CommandHelp& help);
     void add_json(CLI::App* command, const char* text);
     void add_directions(CLI::App* command, platform::HIDP_REPORT_TYPE unless_said);
 
@@ -129,30 +139,37 @@ CommandLine::CommandLine() {
     app_.require_subcommand(1);
     app_.set_version_flag("--version", "headset " HEADSET_VERSION);
 
-    auto* const caps = add_command(Command::caps, caps_help);
+    auto* const caps = add_descriptor_command(Command::caps, caps_help);
     add_json(caps,
              "one JSON object for the whole descriptor, under the names of the HidP_ functions' structures");
 
-    auto* const decode = add_command(Command::decode, decode_help);
+    auto* const decode = add_descriptor_command(Command::decode, decode_help);
     decode->add_option("REPORT", options_.arguments, "reports in hexadecimal")->required()->type_name(" ");
     add_json(decode, "one JSON object per report and line");
     add_directions(decode, HidP_Input);
 
-    auto* const encode = add_command(Command::encode, encode_help);
+    auto* const encode = add_descriptor_command(Command::encode, encode_help);
     encode->add_option("PAGE:USAGE[=VALUE]", options_.arguments, "usages to set")->required()->type_name(" ");
     add_json(encode, "one JSON object per report and line");
     add_directions(encode, HidP_Output);
 
-    add_command(Command::explain, explain_help);
+    add_descriptor_command(Command::explain, explain_help);
+
+    add_command(Command::udev_rules, udev_rules_help);
 }
 
 CLI::App* CommandLine::add_command(Command command, const CommandHelp& help) {
     auto* const added = app_.add_subcommand(help.name, help.summary);
     added->footer(help.text);
+    added->callback([this, command] { options_.command = command; });
+    return added;
+}
+
+CLI::App* CommandLine::add_descriptor_command(Command command, const CommandHelp& help) {
+    auto* const added = add_command(command, help);
     added->add_option("DESCRIPTOR", options_.descriptor, "a file, hexadecimal text, or - for standard input")
         ->required()
         ->type_name(" ");
-    added->callback([this, command] { options_.command = command; });
     return added;
 }
 
