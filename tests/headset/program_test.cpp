@@ -40,7 +40,7 @@ const std::string jabra = tools::to_hex(model_descriptor("jabra-link-380c"));
 TEST(Program, help_names_the_commands_forms_and_exit_statuses) {
     const auto result = run({"--help"});
     EXPECT_EQ(result.status, 0);
-    for (const char* part : {"caps", "decode", "encode", "explain", "udev-rules", "hid-recorder",
+    for (const char* part : {"caps", "decode", "encode", "explain", "list", "udev-rules", "hid-recorder",
                              "usbhid-dump", "binary", "Exit status", "--version"})
         EXPECT_TRUE(contains(result.output, part)) << part;
 }
@@ -56,7 +56,7 @@ TEST(Program, every_command_has_help_with_examples) {
 }
 
 TEST(Program, commands_without_a_descriptor_have_help_with_examples) {
-    for (const char* command : {"udev-rules"}) {
+    for (const char* command : {"list", "udev-rules"}) {
         const auto result = run({command, "--help"});
         EXPECT_EQ(result.status, 0) << command;
         EXPECT_TRUE(contains(result.output, "Example")) << command;
@@ -251,8 +251,8 @@ TEST(Program, the_manual_names_every_command_and_option) {
     std::ostringstream manual;
     manual << std::ifstream(HEADSET_MANUAL).rdbuf();
     for (const char* part : {"headset caps", "headset decode", "headset encode", "headset explain",
-                             "headset udev-rules", "--json", "--input", "--output", "--feature", "--version",
-                             "--help", "MaxUsageListLength", "report_id"})
+                             "headset list", "headset udev-rules", "--json", "--input", "--output",
+                             "--feature", "--version", "--help", "MaxUsageListLength", "report_id"})
         EXPECT_TRUE(contains(manual.str(), part)) << part;
 }
 

@@ -9,6 +9,7 @@
 #include "tools/headset/encode.h"
 #include "tools/headset/errors.h"
 #include "tools/headset/explain.h"
+#include "tools/headset/list.h"
 #include "tools/headset/udev_rules.h"
 
 namespace headset {
@@ -79,6 +80,16 @@ int run_explain(const Task& task) {
     return exit_ok;
 }
 
+int run_list(const Task& task) {
+    const auto nodes = list(task.system);
+    if (!task.options.json)
+        task.output << to_text(nodes);
+    else
+        for (const auto& interface : to_json(nodes))
+            task.output << to_line(interface);
+    return exit_ok;
+}
+
 int run_udev_rules(const Task& task) {
     task.output << udev_rules();
     return exit_ok;
@@ -89,8 +100,8 @@ struct Row {
     int (*run)(const Task&);
 };
 constexpr Row rows[] = {
-    {Command::caps, run_caps},       {Command::decode, run_decode},         {Command::encode, run_encode},
-    {Command::explain, run_explain}, {Command::udev_rules, run_udev_rules},
+    {Command::caps, run_caps},       {Command::decode, run_decode}, {Command::encode, run_encode},
+    {Command::explain, run_explain}, {Command::list, run_list},     {Command::udev_rules, run_udev_rules},
 };
 
 }  // namespace

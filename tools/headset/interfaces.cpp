@@ -96,7 +96,7 @@ std::string printable(std::wstring text) {
 }
 
 std::string device_name(const HidInterfaceInfo& info) {
-    return info.product_string ? printable(*info.product_string) : device_ids(info);
+    return info.product_string ? printable(*info.product_string) : "unnamed device";
 }
 
 std::string device_ids(const HidInterfaceInfo& info) {

@@ -35,7 +35,7 @@ std::optional<plugin_control::Refusal> find_refusal(const platform::HidInterface
 /// A text that a device states, without the characters that would steer a terminal.
 std::string printable(std::wstring text);
 
-/// The device's name; "0B0E:24C9" where it states none.
+/// The device's name, "unnamed device" where it states none.
 std::string device_name(const platform::HidInterfaceInfo& info);
 /// "0B0E:24C9"
 std::string device_ids(const platform::HidInterfaceInfo& info);

@@ -29,7 +29,7 @@ constexpr const char* footer =
     "  0   all went well\n"
     "  1   a descriptor or report is refused, or lacks what is asked for\n"
     "  2   the command line is wrong, or a file cannot be read\n"
-    "  71  the system refused memory or files\n"
+    "  71  the system refused memory or files, or has no hidapi\n"
     "\n"
     "`headset COMMAND --help` explains a command.";
 
@@ -96,6 +96,19 @@ constexpr CommandHelp explain_help = {
     "Example:\n"
     "  headset explain jabra.hid"};
 
+constexpr CommandHelp list_help = {
+    "list", "list the HID interfaces as the plug-in sees them",
+    "For each device that has a hidraw node: its names, ids and serial number, and whether this user may open it.\n"
+    "For each of its interfaces, which are its top-level collections: the path, the usage, the lengths of its\n"
+    "reports with the id, and whether the plug-in lets it in, or which rule keeps it out:\n"
+    "  own headset   the client serves the headsets of its own maker itself\n"
+    "  usage page    only the Telephony and the Consumer page count\n"
+    "  serial        the device states no serial number\n"
+    "\n"
+    "Examples:\n"
+    "  headset list\n"
+    "  headset list --json | jq -r 'select(.admitted) | .path'"};
+
 constexpr CommandHelp udev_rules_help = {
     "udev-rules", "print the udev rules that let people open their headsets",
     "Prints a file of udev rules with a rule for each vendor that the plug-in knows. With it whoever sits at the\n"
@@ -154,6 +167,9 @@ CommandLine::CommandLine() {
     add_directions(encode, HidP_Output);
 
     add_descriptor_command(Command::explain, explain_help);
+
+    auto* const list = add_command(Command::list, list_help);
+    add_json(list, "one JSON object per interface and line");
 
     add_command(Command::udev_rules, udev_rules_help);
 }
