@@ -77,7 +77,7 @@ TEST_F(KernelHeadset, receives_output_reports_byte_for_byte_and_lights_its_indic
     EXPECT_EQ(orvex_virtual_indicator(headset, led_page, off_hook_led), 1);
     EXPECT_EQ(device.write({0x02, 0x01, 0x00}), 3);
     EXPECT_EQ(orvex_virtual_wait_indicator(headset, led_page, mute_led, 0, patience_ms), 1);
-    EXPECT_EQ(outputs(headset), (std::vector<Report>{{0x02, 0x05, 0x00}, {0x02, 0x01, 0x00}}));
+    EXPECT_EQ(outputs(headset), (Reports{{0x02, 0x05, 0x00}, {0x02, 0x01, 0x00}}));
 }
 
 TEST_F(KernelHeadset, says_which_output_report_was_not_the_expected_one) {
@@ -130,7 +130,7 @@ TEST_F(KernelHeadset, without_report_ids_sends_and_receives_reports_without_them
     EXPECT_EQ(device.read(), (Report{0x02})) << "no byte for an id";
     EXPECT_EQ(device.write({0x00, 0x01}), 2);
     EXPECT_EQ(orvex_virtual_wait_indicator(headset, led_page, off_hook_led, 1, patience_ms), 1);
-    EXPECT_EQ(outputs(headset), (std::vector<Report>{{0x00, 0x01}}));
+    EXPECT_EQ(outputs(headset), (Reports{{0x00, 0x01}}));
 }
 
 TEST_F(KernelHeadset, ends_a_read_that_blocks_when_it_is_unplugged) {

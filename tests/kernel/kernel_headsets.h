@@ -12,6 +12,7 @@
 namespace test_support {
 
 using Report = std::vector<std::uint8_t>;
+using Reports = std::vector<Report>;
 
 inline constexpr int patience_ms = static_cast<int>(std::chrono::milliseconds(patience).count());
 
@@ -38,8 +39,8 @@ inline std::wstring wide_serial(int headset) {
 }
 
 /// Every output report that reached the headset, in order.
-inline std::vector<Report> outputs(int headset) {
-    std::vector<Report> reports;
+inline Reports outputs(int headset) {
+    Reports reports;
     std::array<std::uint8_t, 128> buffer{};
     for (int i = 0, length = 0;
          (length = orvex_virtual_output(headset, i, buffer.data(), buffer.size(), nullptr)) >= 0; ++i) {
