@@ -9,6 +9,7 @@
 #include "tools/headset/encode.h"
 #include "tools/headset/errors.h"
 #include "tools/headset/explain.h"
+#include "tools/headset/interfaces.h"
 #include "tools/headset/list.h"
 #include "tools/headset/udev_rules.h"
 
@@ -76,7 +77,10 @@ int run_encode(const Task& task) {
 }
 
 int run_explain(const Task& task) {
-    task.output << to_text(explain(load_descriptor(task.options.descriptor, task.input)));
+    const auto& argument = task.options.descriptor;
+    task.output << to_text(explain(names_node(task.system, argument)
+                                       ? describe(task.system, find_node(task.system, argument))
+                                       : load_descriptor(argument, task.input)));
     return exit_ok;
 }
 

@@ -12,8 +12,8 @@ namespace {
 
 using platform::HidInterfaceInfo;
 
-std::string node_of(const HidInterfaceInfo& info) {
-    return platform::linux_platform::DevicePath::parse(info.path).node;
+std::string node_of(const std::string& path) {
+    return platform::linux_platform::DevicePath::parse(path).node;
 }
 
 /// The nodes with those of their interfaces that are wanted, where there are any.
@@ -47,12 +47,16 @@ std::vector<Node> list_nodes(System& system) {
         throw std::runtime_error("hidapi cannot be loaded: " + error);
     std::vector<Node> nodes;
     for (auto& info : system.interfaces()) {
-        const auto path = node_of(info);
+        const auto path = node_of(info.path);
         if (nodes.empty() || nodes.back().path != path)
             nodes.push_back({path, {}});
         nodes.back().interfaces.push_back(std::move(info));
     }
     return nodes;
+}
+
+bool names_node(System& system, const std::string& path) {
+    return !system.report_descriptor(node_of(path)).empty();
 }
 
 Node find_node(System& system, const std::string& path) {

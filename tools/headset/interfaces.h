@@ -20,6 +20,9 @@ struct Node {
 /// Every node of the system. Throws std::runtime_error without hidapi.
 std::vector<Node> list_nodes(System& system);
 
+/// Whether a path names a node, alone or with a collection. Needs no hidapi.
+bool names_node(System& system, const std::string& path);
+
 /// The node of a path, alone or with a collection, with the interfaces that the path names. Throws Refused.
 Node find_node(System& system, const std::string& path);
 

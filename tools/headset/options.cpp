@@ -93,7 +93,11 @@ constexpr CommandHelp explain_help = {
     "what they did is told. A recording of hid-recorder tells the vendor, which decides whether the plug-in\n"
     "has a driver; a headset that does not tell it counts as one that the plug-in has a driver for.\n"
     "\n"
-    "Example:\n"
+    "PATH is a node, or a node and a collection, as \"headset list\" shows them; the whole node is explained. The\n"
+    "device itself is left alone: whether it may be opened does not matter.\n"
+    "\n"
+    "Examples:\n"
+    "  headset explain /dev/hidraw3\n"
     "  headset explain jabra.hid"};
 
 constexpr CommandHelp list_help = {
@@ -166,7 +170,13 @@ CommandLine::CommandLine() {
     add_json(encode, "one JSON object per report and line");
     add_directions(encode, HidP_Output);
 
-    add_descriptor_command(Command::explain, explain_help);
+    auto* const explain = add_command(Command::explain, explain_help);
+    explain
+        ->add_option(
+            "PATH|FILE", options_.descriptor,
+            "a device of the list, or a DESCRIPTOR: a file, hexadecimal text, or - for standard input")
+        ->required()
+        ->type_name(" ");
 
     auto* const list = add_command(Command::list, list_help);
     add_json(list, "one JSON object per interface and line");
