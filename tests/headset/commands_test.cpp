@@ -66,5 +66,13 @@ TEST_F(Commands, list_prints_a_line_of_json_per_interface) {
     EXPECT_TRUE(has_said("/dev/hidraw0:3  Consumer Control"));
 }
 
+TEST_F(Commands, the_status_of_doctor_tells_whether_calls_will_work) {
+    EXPECT_EQ(run({.command = Command::doctor}), exit_refused);
+    EXPECT_TRUE(has_said("Calls will not work."));
+    system_.plug({});
+    EXPECT_EQ(run({.command = Command::doctor, .json = true}), exit_ok);
+    EXPECT_EQ(Json::parse(output_.str())["calls_work"], true);
+}
+
 }  // namespace
 }  // namespace headset

@@ -40,8 +40,8 @@ const std::string jabra = tools::to_hex(model_descriptor("jabra-link-380c"));
 TEST(Program, help_names_the_commands_forms_and_exit_statuses) {
     const auto result = run({"--help"});
     EXPECT_EQ(result.status, 0);
-    for (const char* part : {"caps", "decode", "encode", "explain", "list", "udev-rules", "hid-recorder",
-                             "usbhid-dump", "binary", "Exit status", "--version"})
+    for (const char* part : {"caps", "decode", "encode", "explain", "doctor", "list", "udev-rules",
+                             "hid-recorder", "usbhid-dump", "binary", "Exit status", "--version"})
         EXPECT_TRUE(contains(result.output, part)) << part;
 }
 
@@ -56,7 +56,7 @@ TEST(Program, every_command_has_help_with_examples) {
 }
 
 TEST(Program, commands_without_a_descriptor_have_help_with_examples) {
-    for (const char* command : {"list", "udev-rules"}) {
+    for (const char* command : {"doctor", "list", "udev-rules"}) {
         const auto result = run({command, "--help"});
         EXPECT_EQ(result.status, 0) << command;
         EXPECT_TRUE(contains(result.output, "Example")) << command;
@@ -250,9 +250,10 @@ TEST(Program, a_full_disk_is_a_system_error) {
 TEST(Program, the_manual_names_every_command_and_option) {
     std::ostringstream manual;
     manual << std::ifstream(HEADSET_MANUAL).rdbuf();
-    for (const char* part : {"headset caps", "headset decode", "headset encode", "headset explain",
-                             "headset list", "headset udev-rules", "--json", "--input", "--output",
-                             "--feature", "--version", "--help", "MaxUsageListLength", "report_id"})
+    for (const char* part :
+         {"headset caps", "headset decode", "headset encode", "headset explain", "headset doctor",
+          "headset list", "headset udev-rules", "--json", "--input", "--output", "--feature", "--version",
+          "--help", "MaxUsageListLength", "report_id"})
         EXPECT_TRUE(contains(manual.str(), part)) << part;
 }
 

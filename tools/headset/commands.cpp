@@ -6,6 +6,7 @@
 #include "tools/headset/caps_table.h"
 #include "tools/headset/decode.h"
 #include "tools/headset/descriptor_file.h"
+#include "tools/headset/doctor.h"
 #include "tools/headset/encode.h"
 #include "tools/headset/errors.h"
 #include "tools/headset/explain.h"
@@ -94,6 +95,12 @@ int run_list(const Task& task) {
     return exit_ok;
 }
 
+int run_doctor(const Task& task) {
+    const auto diagnosis = diagnose(task.system);
+    print(diagnosis, task);
+    return diagnosis.calls_work() ? exit_ok : exit_refused;
+}
+
 int run_udev_rules(const Task& task) {
     task.output << udev_rules();
     return exit_ok;
@@ -104,8 +111,13 @@ struct Row {
     int (*run)(const Task&);
 };
 constexpr Row rows[] = {
-    {Command::caps, run_caps},       {Command::decode, run_decode}, {Command::encode, run_encode},
-    {Command::explain, run_explain}, {Command::list, run_list},     {Command::udev_rules, run_udev_rules},
+    {Command::caps, run_caps},
+    {Command::decode, run_decode},
+    {Command::encode, run_encode},
+    {Command::explain, run_explain},
+    {Command::list, run_list},
+    {Command::doctor, run_doctor},
+    {Command::udev_rules, run_udev_rules},
 };
 
 }  // namespace

@@ -27,7 +27,7 @@ constexpr const char* footer =
     "\n"
     "Exit status:\n"
     "  0   all went well\n"
-    "  1   a descriptor or report is refused, or lacks what is asked for\n"
+    "  1   a descriptor or report is refused, or lacks what is asked for; of doctor: calls will not work\n"
     "  2   the command line is wrong, or a file cannot be read\n"
     "  71  the system refused memory or files, or has no hidapi\n"
     "\n"
@@ -99,6 +99,20 @@ constexpr CommandHelp explain_help = {
     "Examples:\n"
     "  headset explain /dev/hidraw3\n"
     "  headset explain jabra.hid"};
+
+constexpr CommandHelp doctor_help = {
+    "doctor", "find out why calls do not work, and what to do about it",
+    "Looks at the machine, and at every device that has a collection of the Telephony page or is a sound card as\n"
+    "well. Each finding says what is wrong, and names a remedy:\n"
+    "  error     calls do not work\n"
+    "  warning   calls work, but not all that belongs to them\n"
+    "  note      what else is to be known\n"
+    "Run it as the user who makes the calls, where he makes them.\n"
+    "\n"
+    "Exit status: 0 when calls will work with one headset at least, 1 when with none.\n"
+    "\n"
+    "Example:\n"
+    "  headset doctor"};
 
 constexpr CommandHelp list_help = {
     "list", "list the HID interfaces as the plug-in sees them",
@@ -177,6 +191,9 @@ CommandLine::CommandLine() {
             "a device of the list, or a DESCRIPTOR: a file, hexadecimal text, or - for standard input")
         ->required()
         ->type_name(" ");
+
+    auto* const doctor = add_command(Command::doctor, doctor_help);
+    add_json(doctor, "one JSON object");
 
     auto* const list = add_command(Command::list, list_help);
     add_json(list, "one JSON object per interface and line");

@@ -9,7 +9,7 @@
 
 namespace headset {
 
-enum class Command { caps, decode, encode, explain, list, udev_rules };
+enum class Command { caps, decode, encode, explain, list, doctor, udev_rules };
 
 struct Options {
     Command command = Command::caps;
