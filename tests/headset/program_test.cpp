@@ -40,7 +40,7 @@ const std::string jabra = tools::to_hex(model_descriptor("jabra-link-380c"));
 TEST(Program, help_names_the_commands_forms_and_exit_statuses) {
     const auto result = run({"--help"});
     EXPECT_EQ(result.status, 0);
-    for (const char* part : {"caps", "decode", "encode", "explain", "doctor", "list", "udev-rules",
+    for (const char* part : {"caps", "decode", "encode", "explain", "doctor", "list", "monitor", "udev-rules",
                              "hid-recorder", "usbhid-dump", "binary", "Exit status", "--version"})
         EXPECT_TRUE(contains(result.output, part)) << part;
 }
@@ -56,7 +56,7 @@ TEST(Program, every_command_has_help_with_examples) {
 }
 
 TEST(Program, commands_without_a_descriptor_have_help_with_examples) {
-    for (const char* command : {"doctor", "list", "udev-rules"}) {
+    for (const char* command : {"doctor", "list", "monitor", "udev-rules"}) {
         const auto result = run({command, "--help"});
         EXPECT_EQ(result.status, 0) << command;
         EXPECT_TRUE(contains(result.output, "Example")) << command;
@@ -86,6 +86,12 @@ TEST(Program, wrong_usage_is_status_2) {
         {"decode", small},
         {"encode", small},
         {"explain"},
+        {"list", small},
+        {"doctor", small},
+        {"udev-rules", "--json"},
+        {"monitor", "SN-1", "SN-2"},
+        {"monitor", "--set"},
+        {"monitor", "--set", "mute"},
         {"decode", "--output", "--feature", small, "02 01"},
         {"decode", small, "zz"},
         {"encode", small, "mute"},
@@ -252,8 +258,8 @@ TEST(Program, the_manual_names_every_command_and_option) {
     manual << std::ifstream(HEADSET_MANUAL).rdbuf();
     for (const char* part :
          {"headset caps", "headset decode", "headset encode", "headset explain", "headset doctor",
-          "headset list", "headset udev-rules", "--json", "--input", "--output", "--feature", "--version",
-          "--help", "MaxUsageListLength", "report_id"})
+          "headset list", "headset monitor", "--set", "headset udev-rules", "--json", "--input", "--output",
+          "--feature", "--version", "--help", "MaxUsageListLength", "report_id"})
         EXPECT_TRUE(contains(manual.str(), part)) << part;
 }
 

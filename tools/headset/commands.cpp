@@ -8,10 +8,12 @@
 #include "tools/headset/descriptor_file.h"
 #include "tools/headset/doctor.h"
 #include "tools/headset/encode.h"
+#include "tools/headset/end_request.h"
 #include "tools/headset/errors.h"
 #include "tools/headset/explain.h"
 #include "tools/headset/interfaces.h"
 #include "tools/headset/list.h"
+#include "tools/headset/monitor.h"
 #include "tools/headset/udev_rules.h"
 
 namespace headset {
@@ -101,6 +103,35 @@ int run_doctor(const Task& task) {
     return diagnosis.calls_work() ? exit_ok : exit_refused;
 }
 
+std::string monitor_heading(const std::vector<Node>& nodes) {
+    std::string text = "Reports of " + device_name(nodes.front().interfaces.front()) + ", until Ctrl-C:\n";
+    for (const auto& node : nodes)
+        for (const auto& info : node.interfaces)
+            text += "  " + info.path + "  " + usage_label({info.usage_page, info.usage}) + '\n';
+    return text + '\n';
+}
+
+int run_monitor(const Task& task) {
+    auto assignments = parse_assignments(task.options.arguments);
+    const auto nodes = find_headset(task.system, task.options.device);
+    Monitor monitor(task.system, nodes, [&](const SeenReport& report) {
+        print(report, task);
+        task.output.flush();
+    });
+    const EndRequest end_request([&] { monitor.end(); });
+    if (!task.options.json)
+        task.output << monitor_heading(nodes) << std::flush;
+    if (!assignments.empty())
+        monitor.set(assignments);
+    if (const auto loss = monitor.run(); !loss.empty())
+        throw Refused("the headset is gone: " + loss);
+    for (auto& assignment : assignments)
+        assignment.value = 0;
+    if (!assignments.empty())
+        monitor.set(assignments);
+    return exit_ok;
+}
+
 int run_udev_rules(const Task& task) {
     task.output << udev_rules();
     return exit_ok;
@@ -111,13 +142,10 @@ struct Row {
     int (*run)(const Task&);
 };
 constexpr Row rows[] = {
-    {Command::caps, run_caps},
-    {Command::decode, run_decode},
-    {Command::encode, run_encode},
-    {Command::explain, run_explain},
-    {Command::list, run_list},
-    {Command::doctor, run_doctor},
-    {Command::udev_rules, run_udev_rules},
+    {Command::caps, run_caps},       {Command::decode, run_decode},
+    {Command::encode, run_encode},   {Command::explain, run_explain},
+    {Command::list, run_list},       {Command::doctor, run_doctor},
+    {Command::monitor, run_monitor}, {Command::udev_rules, run_udev_rules},
 };
 
 }  // namespace

@@ -127,6 +127,20 @@ constexpr CommandHelp list_help = {
     "  headset list\n"
     "  headset list --json | jq -r 'select(.admitted) | .path'"};
 
+constexpr CommandHelp monitor_help = {
+    "monitor", "show the reports of a headset as they come",
+    "Shows each input report with the time in seconds, its bytes, and the buttons and values in it, until Ctrl-C\n"
+    "or until the headset is unplugged. A headset is opened with all of its interfaces, unless a PATH names one.\n"
+    "\n"
+    "Output reports are shown when they are its own, those of --set: the kernel shows no program the reports that\n"
+    "others send. --set takes usages as \"headset encode\" does; when the monitor ends, it sets them to 0.\n"
+    "\n"
+    "Exit status: 0 after Ctrl-C, 1 when the headset is gone, or cannot be opened.\n"
+    "\n"
+    "Examples:\n"
+    "  headset monitor\n"
+    "  headset monitor /dev/hidraw3:1 --set 08:17 08:09    with the off-hook and the mute indicator lit"};
+
 constexpr CommandHelp udev_rules_help = {
     "udev-rules", "print the udev rules that let people open their headsets",
     "Prints a file of udev rules with a rule for each vendor that the plug-in knows. With it whoever sits at the\n"
@@ -197,6 +211,17 @@ CommandLine::CommandLine() {
 
     auto* const list = add_command(Command::list, list_help);
     add_json(list, "one JSON object per interface and line");
+
+    auto* const monitor = add_command(Command::monitor, monitor_help);
+    monitor
+        ->add_option("PATH|SERIAL", options_.device,
+                     "a node, or a node and a collection, or a serial number; without it, the first headset")
+        ->type_name(" ");
+    monitor
+        ->add_option("--set", options_.arguments,
+                     "set usages, such as indicators, in output reports: PAGE:USAGE[=VALUE]")
+        ->type_name(" ");
+    add_json(monitor, "one JSON object per report and line");
 
     add_command(Command::udev_rules, udev_rules_help);
 }

@@ -9,12 +9,13 @@
 
 namespace headset {
 
-enum class Command { caps, decode, encode, explain, list, doctor, udev_rules };
+enum class Command { caps, decode, encode, explain, list, doctor, monitor, udev_rules };
 
 struct Options {
     Command command = Command::caps;
     std::string descriptor{};              ///< a file, hexadecimal text or `-`
-    std::vector<std::string> arguments{};  ///< the reports of decode, the usages of encode
+    std::string device{};                  ///< a path or serial number; empty for the first headset
+    std::vector<std::string> arguments{};  ///< the reports of decode, the usages of encode and monitor
     platform::HIDP_REPORT_TYPE direction = platform::HidP_Input;
     bool json = false;
 };
