@@ -49,8 +49,8 @@ struct Capability {
     bool has_null() const { return (bit_field & item_null_state) != 0; }
     ULONG usage_count() const { return usage_max - usage_min + 1U; }
 
-    /// True when the report has a place for the usage: one that is too large for an array's field has none, nor
-    /// has one whose selector stands for no usage.
+    /// True when the report has a place for the usage: one that is too large for an array's field has none,
+    /// nor has one whose selector stands for no usage.
     bool holds(USAGE usage) const {
         if (usage < usage_min || usage > usage_max) {
             return false;
