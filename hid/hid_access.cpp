@@ -18,10 +18,8 @@ using platform::IoResult;
 
 namespace {
 
-platform::Guarded<std::wstring>& global_error() {
-    static auto* const error = new platform::Guarded<std::wstring>;  // outlives every thread
-    return *error;
-}
+/// The last failure to list or open of this thread: the plug-in's own passes must not replace a host's.
+thread_local std::wstring t_global_error;
 
 /// "operation: reason", as far as the system gives one.
 std::wstring error_text(const wchar_t* operation, const std::wstring& reason) {
@@ -209,6 +207,9 @@ HidHandle hid_open_handle(std::unique_ptr<platform::HidInterface> opened) {
 HidHandle hid_open_handle(std::uint16_t vendor_id, std::uint16_t product_id,
                           std::optional<std::wstring_view> serial_number) {
     constexpr std::uint16_t telephony_page = 0x0B;  // HID Usage Tables, section 3.1
+    if (!hid_access_init()) {
+        return nullptr;
+    }
     const HidEnumeration list = hid_list(vendor_id, product_id);
     const hid_device_info* chosen = nullptr;
     for (const hid_device_info* entry = list.get(); entry != nullptr; entry = entry->next) {
@@ -310,12 +311,12 @@ int hid_copy_indexed_string(hid_device* device, int index, std::span<wchar_t> bu
 }
 
 std::wstring hid_last_error(const hid_device* device) {
-    return device == nullptr ? global_error().get() : device->last_error.get();
+    return device == nullptr ? t_global_error : device->last_error.get();
 }
 
 void hid_set_error(hid_device* device, std::wstring text) {
     if (device == nullptr) {
-        global_error().set(std::move(text));
+        t_global_error = std::move(text);
     } else {
         device->last_error.set(std::move(text));
     }

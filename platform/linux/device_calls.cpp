@@ -27,11 +27,14 @@ class DeviceCalls::State {
   public:
     IoResult run(const std::shared_ptr<State>& self, Call call, std::chrono::milliseconds timeout);
     void cancel();
-    void end();
+    void end(const std::shared_ptr<State>& self, std::function<void()> last);
 
   private:
+    void start(const std::shared_ptr<State>& self) REQUIRES(mutex_);
+
     /// The thread's part.
     void serve();
+    static IoResult call(Pending& pending);
     std::shared_ptr<Pending> next() EXCLUDES(mutex_);
     std::shared_ptr<Pending> begin_next() REQUIRES(mutex_);
     void finish(Pending& pending, IoResult result) REQUIRES(mutex_);
@@ -41,6 +44,7 @@ class DeviceCalls::State {
     std::list<std::shared_ptr<Pending>> waiting_ GUARDED_BY(mutex_);  ///< in the order of their callers
     bool started_ GUARDED_BY(mutex_) = false;
     bool ended_ GUARDED_BY(mutex_) = false;
+    std::function<void()> last_;  ///< the thread's, once ended_ is set
 };
 
 IoResult DeviceCalls::State::run(const std::shared_ptr<State>& self, Call call,
@@ -48,13 +52,10 @@ IoResult DeviceCalls::State::run(const std::shared_ptr<State>& self, Call call,
     const auto deadline = steady_clock::now() + timeout;
     const auto pending = std::make_shared<Pending>(std::move(call));
     MutexLock lock(mutex_);
-    if (!started_) {
-        try {
-            start_thread("orvex-hid-out", [self] { self->serve(); }).detach();
-        } catch (const std::system_error& error) {
-            return {.status = IoResult::Status::failed, .error = error_text(error.code().value())};
-        }
-        started_ = true;
+    try {
+        start(self);
+    } catch (const std::system_error& error) {
+        return {.status = IoResult::Status::failed, .error = error_text(error.code().value())};
     }
     waiting_.push_back(pending);
     changed_.notify_all();
@@ -64,6 +65,14 @@ IoResult DeviceCalls::State::run(const std::shared_ptr<State>& self, Call call,
     finish(*pending, {.status = IoResult::Status::timed_out});
     waiting_.remove(pending);
     return std::move(pending->result);
+}
+
+/// Starts the thread unless it runs. Throws std::system_error.
+void DeviceCalls::State::start(const std::shared_ptr<State>& self) {
+    if (!started_) {
+        start_thread("orvex-hid-out", [self] { self->serve(); }).detach();
+        started_ = true;
+    }
 }
 
 /// Settles a call that nothing has settled yet.
@@ -82,8 +91,19 @@ void DeviceCalls::State::cancel() {
     }
 }
 
-void DeviceCalls::State::end() {
+void DeviceCalls::State::end(const std::shared_ptr<State>& self, std::function<void()> last) {
     MutexLock lock(mutex_);
+    if (ended_) {
+        return;
+    }
+    last_ = std::move(last);
+    try {
+        if (last_) {
+            start(self);
+        }
+    } catch (const std::system_error&) {
+        last_();  // there is nobody else to do it
+    }
     ended_ = true;
     changed_.notify_all();
 }
@@ -111,16 +131,33 @@ std::shared_ptr<DeviceCalls::Pending> DeviceCalls::State::begin_next() {
 
 void DeviceCalls::State::serve() {
     while (const auto pending = next()) {
-        IoResult result = std::exchange(pending->call, nullptr)();  // with all that it owns
+        IoResult result = call(*pending);
         MutexLock lock(mutex_);
         finish(*pending, std::move(result));
+    }
+    if (last_) {
+        last_();
+    }
+}
+
+/// Makes the call and lets go of all that it owns. Memory that runs out is a failure of the call, not the end
+/// of the process.
+IoResult DeviceCalls::State::call(Pending& pending) {
+    try {
+        return std::exchange(pending.call, nullptr)();
+    } catch (const std::exception&) {
+        return {.status = IoResult::Status::failed};
     }
 }
 
 DeviceCalls::DeviceCalls() : state_(std::make_shared<State>()) {}
 
 DeviceCalls::~DeviceCalls() {
-    state_->end();
+    end_with(nullptr);
+}
+
+void DeviceCalls::end_with(std::function<void()> last) {
+    state_->end(state_, std::move(last));
 }
 
 IoResult DeviceCalls::run(Call call, std::chrono::milliseconds timeout) {

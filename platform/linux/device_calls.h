@@ -23,6 +23,8 @@ class DeviceCalls {
     DeviceCalls();
     /// Does not wait for a call that is not back. No `run` is in progress.
     ~DeviceCalls();
+    /// Runs `last` when all calls are back, without waiting for it; the object takes no more calls.
+    void end_with(std::function<void()> last);
     DeviceCalls(const DeviceCalls&) = delete;
     DeviceCalls& operator=(const DeviceCalls&) = delete;
 

@@ -59,7 +59,11 @@ void DeviceMonitor::listen() {
             return;
         }
         if (ready > 0) {
-            receive();
+            try {
+                receive();
+            } catch (const std::exception&) {
+                // No memory for the news: it is lost, the thread and the process are not.
+            }
         }
     }
 }

@@ -57,6 +57,9 @@ std::vector<TopLevelUsage> top_level_usages(const std::string& node) {
 /// has an entry for each, too, but what numbers them is the parser that opens them. A node that it refuses
 /// stays listed as hidapi sees it: opening it says why.
 const hid_device_info* add_node(const hid_device_info* entry, std::vector<HidInterfaceInfo>& list) {
+    if (entry->path == nullptr) {
+        return entry->next;  // the node went away while hidapi looked at it
+    }
     const std::string node = entry->path;
     const std::vector<TopLevelUsage> usages = top_level_usages(node);
     for (std::size_t i = 0; i < usages.size(); ++i) {
@@ -66,7 +69,7 @@ const hid_device_info* add_node(const hid_device_info* entry, std::vector<HidInt
         info.usage = usages[i].usage;
         list.push_back(std::move(info));
     }
-    for (; entry != nullptr && node == entry->path; entry = entry->next) {
+    for (; entry != nullptr && entry->path != nullptr && node == entry->path; entry = entry->next) {
         if (usages.empty()) {
             list.push_back(interface_info(*entry));
         }
@@ -89,9 +92,8 @@ std::wstring LinuxHidBackend::init() {
         return {};
     }
     try {
-        const auto* const loaded = new Hidapi(load_hidapi());  // for as long as the process lives
-        hidapi_ = loaded;
-        loaded->hid_init();
+        hidapi_ =
+            new Hidapi(load_hidapi());  // for as long as the process lives; its functions call its hid_init
         return {};
     } catch (const LibraryError& error) {
         return to_wide(std::string(error.what()) + " (Debian package: libhidapi-hidraw0)");
@@ -123,18 +125,20 @@ HidBackend::OpenResult LinuxHidBackend::open(const std::string& path) {
     }
     std::vector<std::uint8_t> descriptor = descriptor_of(node.get());
     if (descriptor.empty()) {
-        return refused(wanted.node, L"this is no HID device");
+        const bool is_other_file = errno == ENOTTY || errno == EINVAL;
+        return refused(wanted.node, is_other_file ? L"this is no HID device" : error_text(errno));
     }
     try {
         CollectionDescriptor collection(std::move(descriptor), wanted.collection);
         MutexLock lock(hidapi_mutex_);
         const Utf8Locale utf8;
-        hid_device* const device = hidapi.hid_open_path(wanted.node.c_str());
-        if (device == nullptr) {
+        std::unique_ptr<hid_device, decltype(hidapi.hid_close)> device(
+            hidapi.hid_open_path(wanted.node.c_str()), hidapi.hid_close);
+        if (!device) {
             const wchar_t* const reason = hidapi.hid_error(nullptr);
             return refused(wanted.node, reason == nullptr ? L"" : reason);
         }
-        auto opened = std::make_shared<OpenNode>(hidapi, device, std::move(node));
+        auto opened = std::make_shared<const OpenNode>(hidapi, std::move(device), std::move(node));
         return {std::make_unique<HidrawInterface>(std::move(opened), std::move(collection))};
     } catch (const std::runtime_error& error) {
         return refused(wanted.node, to_wide(error.what()));

@@ -20,12 +20,19 @@ void check_version(const SharedLibrary& library) {
     }
 }
 
-/// A host that loads the plug-in with RTLD_GLOBAL and hidapi after it would have its hidapi call the
-/// plug-in's functions of the same names. Here it is loaded first, by the one who knows how to keep it apart;
-/// whether it is there is asked when it is needed.
+/// hidapi calls its own exported functions by name: bound in the usual way, it would find the functions of
+/// the same names that the plug-in exports, where a host has loaded the plug-in with RTLD_GLOBAL. Its libudev
+/// has nothing of that kind.
+SharedLibrary load() {
+    const SharedLibrary udev("libudev.so.1");
+    return SharedLibrary(library_name, SharedLibrary::Binding::own_first);
+}
+
+/// Loaded with the plug-in, before a host that does so can load hidapi the usual way; whether it is there is
+/// asked when it is needed.
 [[gnu::constructor]] void load_before_the_host() {
     try {
-        const SharedLibrary library(library_name);
+        load();
     } catch (const std::exception&) {
     }
 }
@@ -33,10 +40,9 @@ void check_version(const SharedLibrary& library) {
 }  // namespace
 
 Hidapi load_hidapi() {
-    const SharedLibrary library(library_name);
+    const SharedLibrary library = load();
     check_version(library);
     Hidapi table{};
-    library.look_up("hid_init", table.hid_init);
     library.look_up("hid_enumerate", table.hid_enumerate);
     library.look_up("hid_free_enumeration", table.hid_free_enumeration);
     library.look_up("hid_open_path", table.hid_open_path);

@@ -9,7 +9,6 @@ namespace platform::linux_platform {
 
 /// hidapi's functions, of which the plug-in exports namesakes: calls go through this table, never by name.
 struct Hidapi {
-    decltype(&::hid_init) hid_init;
     decltype(&::hid_enumerate) hid_enumerate;
     decltype(&::hid_free_enumeration) hid_free_enumeration;
     decltype(&::hid_open_path) hid_open_path;

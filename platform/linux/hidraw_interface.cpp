@@ -14,7 +14,8 @@ namespace {
 
 constexpr USAGE telephony_page = 0x0B;  // HID Usage Tables, section 3.1
 
-/// What the kernel keeps for an open node (kernel, include/linux/hidraw.h: HIDRAW_BUFFER_SIZE).
+/// The kernel's queue for an open node, of which it uses all places but one (kernel, include/linux/hidraw.h:
+/// HIDRAW_BUFFER_SIZE).
 constexpr ULONG most_buffers = 64;
 
 /// How long the kernel gives a device for a control transfer (kernel, include/linux/usb.h:
@@ -29,7 +30,7 @@ IoResult outcome(const OpenNode& node, int result) {
     if (result >= 0) {
         return {.status = IoResult::Status::done, .size = static_cast<std::size_t>(result)};
     }
-    const wchar_t* const error = node.hidapi.hid_error(node.device);
+    const wchar_t* const error = node.hidapi.hid_error(node.device.get());
     return {.status = IoResult::Status::failed, .error = error == nullptr ? L"" : error};
 }
 
@@ -80,6 +81,16 @@ HidrawInterface::HidrawInterface(std::shared_ptr<const OpenNode> node, Collectio
       reader_(node_->hidraw.get(),
               [this](std::span<const std::uint8_t> report) { return is_own_input(report); }) {}
 
+// The kernel closes a node only when no device holds up a report: that of another headset may take five
+// seconds.
+HidrawInterface::~HidrawInterface() {
+    try {
+        calls_.end_with([node = std::move(node_)]() mutable { node.reset(); });
+    } catch (const std::exception&) {
+        // No memory to have it closed elsewhere: it is closed here.
+    }
+}
+
 /// Every open handle of a node gets the reports of all its collections.
 bool HidrawInterface::is_own_input(std::span<const std::uint8_t> report) const {
     return !collection_.has_report_ids() || collection_.report_length(HidP_Input, report[0]) != 0;
@@ -114,7 +125,7 @@ IoResult HidrawInterface::write(std::span<const std::uint8_t> report, millisecon
     const auto sent = report.first(length == 0 ? report.size() : std::min(length, report.size()));
     IoResult result = calls_.run(
         [node = node_, bytes = copy(sent)] {
-            return outcome(*node, node->hidapi.hid_write(node->device, bytes.data(), bytes.size()));
+            return outcome(*node, node->hidapi.hid_write(node->device.get(), bytes.data(), bytes.size()));
         },
         timeout);
     if (result.status == IoResult::Status::done) {
@@ -139,8 +150,8 @@ bool HidrawInterface::is_connected() {
 IoResult HidrawInterface::HidD_SetFeature(std::span<const std::uint8_t> report) {
     return calls_.run(
         [node = node_, bytes = copy(report)] {
-            return outcome(*node,
-                           node->hidapi.hid_send_feature_report(node->device, bytes.data(), bytes.size()));
+            return outcome(
+                *node, node->hidapi.hid_send_feature_report(node->device.get(), bytes.data(), bytes.size()));
         },
         feature_timeout);
 }
@@ -149,8 +160,8 @@ IoResult HidrawInterface::HidD_GetFeature(std::span<std::uint8_t> report) {
     const auto bytes = std::make_shared<std::vector<std::uint8_t>>(copy(report));
     IoResult result = calls_.run(
         [node = node_, bytes] {
-            return outcome(*node,
-                           node->hidapi.hid_get_feature_report(node->device, bytes->data(), bytes->size()));
+            return outcome(
+                *node, node->hidapi.hid_get_feature_report(node->device.get(), bytes->data(), bytes->size()));
         },
         feature_timeout);
     if (result.status == IoResult::Status::done) {
@@ -165,13 +176,13 @@ std::optional<std::wstring> HidrawInterface::string(HidString which) {
         const auto function = which == HidString::manufacturer ? hidapi.hid_get_manufacturer_string
                               : which == HidString::product    ? hidapi.hid_get_product_string
                                                                : hidapi.hid_get_serial_number_string;
-        return function(node->device, text, room);
+        return function(node->device.get(), text, room);
     });
 }
 
 std::optional<std::wstring> HidrawInterface::HidD_GetIndexedString(ULONG index) {
     return fetch_string([node = node_, index](wchar_t* text, std::size_t room) {
-        return node->hidapi.hid_get_indexed_string(node->device, static_cast<int>(index), text, room);
+        return node->hidapi.hid_get_indexed_string(node->device.get(), static_cast<int>(index), text, room);
     });
 }
 

@@ -20,7 +20,6 @@ class CollectionDescriptor {
 
     /// Parsed anew: the caller owns it.
     hidp::PreparsedData parse() const;
-    const hidp::PreparsedData& parsed() const { return parsed_; }
     bool has_report_ids() const { return hidp::has_report_ids(parsed_.get()); }
     /// The length of one report, id byte included, 0 for one that the collection does not have.
     std::size_t report_length(HIDP_REPORT_TYPE type, std::uint8_t report_id) const;
@@ -33,14 +32,13 @@ class CollectionDescriptor {
 
 /// A hidraw node that is open twice: through hidapi, and for reading. Closed by whoever lets go last.
 struct OpenNode {
-    OpenNode(const Hidapi& functions, hid_device* opened, common::FileDescriptor reading)
-        : hidapi(functions), device(opened), hidraw(std::move(reading)) {}
-    ~OpenNode() { hidapi.hid_close(device); }
-    OpenNode(const OpenNode&) = delete;
-    OpenNode& operator=(const OpenNode&) = delete;
+    using Device = std::unique_ptr<hid_device, decltype(Hidapi::hid_close)>;
+
+    OpenNode(const Hidapi& functions, Device opened, common::FileDescriptor reading)
+        : hidapi(functions), device(std::move(opened)), hidraw(std::move(reading)) {}
 
     const Hidapi& hidapi;
-    hid_device* const device;
+    const Device device;
     const common::FileDescriptor hidraw;
 };
 
@@ -48,6 +46,7 @@ class HidrawInterface final : public HidInterface {
   public:
     /// Throws std::system_error where the system has no descriptor left.
     HidrawInterface(std::shared_ptr<const OpenNode> node, CollectionDescriptor collection);
+    ~HidrawInterface() override;
 
     bool HidD_SetNumInputBuffers(ULONG count) override;
     PHIDP_PREPARSED_DATA HidD_GetPreparsedData() override;
@@ -66,7 +65,7 @@ class HidrawInterface final : public HidInterface {
     template <typename Fetch>
     std::optional<std::wstring> fetch_string(Fetch fetch);
 
-    const std::shared_ptr<const OpenNode> node_;
+    std::shared_ptr<const OpenNode> node_;
     const CollectionDescriptor collection_;
     ReportReader reader_;
     DeviceCalls calls_;

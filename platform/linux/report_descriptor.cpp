@@ -13,7 +13,11 @@ namespace platform::linux_platform {
 std::vector<std::uint8_t> descriptor_of(int hidraw) {
     int size = 0;
     hidraw_report_descriptor descriptor{};
-    if (ioctl(hidraw, HIDIOCGRDESCSIZE, &size) < 0 || size <= 0 || size > HID_MAX_DESCRIPTOR_SIZE) {
+    if (ioctl(hidraw, HIDIOCGRDESCSIZE, &size) < 0) {
+        return {};
+    }
+    if (size <= 0 || size > HID_MAX_DESCRIPTOR_SIZE) {
+        errno = EPROTO;
         return {};
     }
     descriptor.size = static_cast<std::uint32_t>(size);

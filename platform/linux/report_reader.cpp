@@ -17,6 +17,10 @@ using std::chrono::steady_clock;
 
 namespace {
 
+/// What may wait in front of a wanted report (kernel, include/linux/hidraw.h: HIDRAW_BUFFER_SIZE). A device
+/// that sends more than that meanwhile does not keep a reader beyond its time.
+constexpr int queue_length = 64;
+
 /// What is left until a point in time, not less than nothing.
 milliseconds until(steady_clock::time_point deadline) {
     return std::max(std::chrono::ceil<milliseconds>(deadline - steady_clock::now()), milliseconds{0});
@@ -59,6 +63,7 @@ ReportReader::ReportReader(int node, Filter wanted)
 
 IoResult ReportReader::read(std::span<std::uint8_t> report, milliseconds timeout) {
     const auto deadline = steady_clock::now() + timeout;
+    int dropped = 0;
     const Visit visit(*this);
     while (!is_released()) {
         const IoResult taken = take(report);
@@ -69,7 +74,9 @@ IoResult ReportReader::read(std::span<std::uint8_t> report, milliseconds timeout
             if (wanted_(report.first(taken.size))) {
                 return taken;
             }
-            continue;
+            if (++dropped < queue_length) {
+                continue;
+            }
         }
         const milliseconds left = timeout == no_timeout ? no_timeout : until(deadline);
         if (left == milliseconds{0}) {

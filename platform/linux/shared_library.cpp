@@ -2,28 +2,29 @@
 
 #include <dlfcn.h>
 
-#if !defined(__has_feature)
-#define __has_feature(feature) 0
-#endif
-
 namespace platform::linux_platform {
 
 namespace {
 
-// RTLD_LOCAL keeps the library out of the host's way. RTLD_DEEPBIND keeps the host out of the library's:
-// hidapi calls its own exported functions by name, which would otherwise find the functions of the same names
-// that the plug-in exports, where a host has loaded the plug-in with RTLD_GLOBAL. The sanitizers' runtimes
-// refuse the flag.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || __has_feature(address_sanitizer) || \
-    __has_feature(thread_sanitizer)
-constexpr int load_mode = RTLD_NOW | RTLD_LOCAL;
-#else
-constexpr int load_mode = RTLD_NOW | RTLD_LOCAL | RTLD_DEEPBIND;
-#endif
+/// True where the process allocates with the C library's functions. With an allocator of the host's own (or a
+/// sanitizer's), a library that is bound to its own libraries first would free with the one what the other
+/// allocated.
+bool allocates_with_libc() {
+    void* const libc = dlopen("libc.so.6", RTLD_NOW | RTLD_NOLOAD);
+    const auto is_libcs = [libc](const char* name) { return dlsym(RTLD_DEFAULT, name) == dlsym(libc, name); };
+    return libc != nullptr && is_libcs("malloc") && is_libcs("free");
+}
+
+/// RTLD_LOCAL keeps the library out of the host's way, RTLD_DEEPBIND the host out of the library's.
+int load_mode(SharedLibrary::Binding binding) {
+    const bool own_first = binding == SharedLibrary::Binding::own_first && allocates_with_libc();
+    return RTLD_NOW | RTLD_LOCAL | (own_first ? RTLD_DEEPBIND : 0);
+}
 
 }  // namespace
 
-SharedLibrary::SharedLibrary(const char* name) : name_(name), handle_(dlopen(name, load_mode)) {
+SharedLibrary::SharedLibrary(const char* name, Binding binding)
+    : name_(name), handle_(dlopen(name, load_mode(binding))) {
     if (handle_ == nullptr) {
         const char* const reason = dlerror();
         throw LibraryError(reason == nullptr ? name_ + " cannot be loaded" : reason);

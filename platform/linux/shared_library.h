@@ -17,8 +17,12 @@ class LibraryError : public std::runtime_error {
 /// are still on their way out may be inside it.
 class SharedLibrary {
   public:
+    /// Whose functions the library finds where the process has several of one name: those that come first in
+    /// the process, as ever, or its own.
+    enum class Binding { usual, own_first };
+
     /// Loads the library. Throws LibraryError.
-    explicit SharedLibrary(const char* name);
+    explicit SharedLibrary(const char* name, Binding binding = Binding::usual);
 
     /// Sets `function` to the library's own function of this name. Throws LibraryError.
     template <typename Function>

@@ -78,7 +78,9 @@ Failure VirtualBus::attach(VirtualHeadset& headset) {
     } else {
         {
             MutexLock lock(mutex_);
-            pull_out(headset);
+            if (headset.plugged) {  // not unplugged by somebody else meanwhile
+                pull_out(headset);
+            }
         }
         tell_watcher();
     }

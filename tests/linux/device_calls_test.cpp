@@ -110,6 +110,37 @@ TEST(DeviceCalls, keep_what_a_call_owns_until_it_is_back_although_nobody_waits) 
     EXPECT_TRUE(eventually([&] { return watched.expired(); }));
 }
 
+TEST(DeviceCalls, end_with_a_last_one_that_waits_for_the_others_and_keeps_nobody_waiting) {
+    DeadDevice device;
+    std::atomic<bool> over{false};
+    {
+        DeviceCalls calls;
+        device.hold_up(calls);
+        calls.end_with([&] { over = true; });
+    }
+    EXPECT_FALSE(over);
+    device.answer();
+    EXPECT_TRUE(eventually([&] { return over.load(); }));
+}
+
+TEST(DeviceCalls, end_with_a_last_one_elsewhere_although_none_ran_before) {
+    std::atomic<bool> over{false};
+    std::atomic<bool> elsewhere{false};
+    DeviceCalls calls;
+    calls.end_with([&, caller = std::this_thread::get_id()] {
+        elsewhere = caller != std::this_thread::get_id();
+        over = true;
+    });
+    EXPECT_TRUE(eventually([&] { return over.load(); }));
+    EXPECT_TRUE(elsewhere);
+}
+
+TEST(DeviceCalls, that_run_out_of_memory_fail) {
+    DeviceCalls calls;
+    EXPECT_EQ(calls.run([]() -> IoResult { throw std::bad_alloc(); }, patience).status, Status::failed);
+    EXPECT_EQ(calls.run([] { return done(5); }, patience).size, 5U);
+}
+
 TEST(DeviceCalls, that_never_ran_need_no_thread) {
     const DeviceCalls calls;
 }

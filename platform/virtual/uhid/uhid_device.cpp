@@ -8,6 +8,9 @@
 #include <string>
 #include <unistd.h>
 
+#include "platform/text.h"
+#include "platform/virtual/virtual_headset.h"
+
 namespace platform::virtual_platform {
 
 namespace {
@@ -30,7 +33,17 @@ Failure why_not_opened(int error) {
 /// Copies as much of a text as fits before the terminating zero, which is there already.
 template <std::size_t size>
 void copy_text(const std::string& text, std::uint8_t (&field)[size]) {
-    std::copy_n(text.begin(), std::min(text.size(), size - 1), field);
+    const std::string fitting = to_utf8(to_wide(text), size - 1);
+    std::copy(fitting.begin(), fitting.end(), field);
+}
+
+/// True when an input report of some collection is longer than an event of the kernel holds.
+bool sends_too_much(const HeadsetDescription& description) {
+    Failure failure;
+    const auto collections = parse_collections(description.descriptor, failure);
+    return std::any_of(collections.begin(), collections.end(), [](const Collection& collection) {
+        return collection.caps.InputReportByteLength > UHID_DATA_MAX;
+    });
 }
 
 uhid_event creation(int headset, const HeadsetDescription& description) {
@@ -55,6 +68,10 @@ std::shared_ptr<UhidDevice> UhidDevice::create(int headset, const HeadsetDescrip
                                                Failure& failure) {
     if (description.descriptor.size() > HID_MAX_DESCRIPTOR_SIZE) {
         failure = "the descriptor is longer than the kernel takes";
+        return nullptr;
+    }
+    if (sends_too_much(description)) {
+        failure = "the headset's input reports are longer than the kernel takes";
         return nullptr;
     }
     const int descriptor = open(uhid_path, O_RDWR | O_CLOEXEC | O_NONBLOCK);

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <linux/uhid.h>
 #include <sys/epoll.h>
+#include <system_error>
 
 #include "platform/thread.h"
 
@@ -47,12 +48,18 @@ Failure UhidTransport::start_dispatching() {
     if (dispatcher_.joinable()) {
         return {};
     }
-    poller_ = epoll_create1(EPOLL_CLOEXEC);
+    if (poller_ < 0) {
+        poller_ = epoll_create1(EPOLL_CLOEXEC);
+    }
     if (poller_ < 0) {
         return system_failure("headsets cannot be watched");
     }
-    dispatcher_ = start_thread("virtual-uhid", [this, poller = poller_] { dispatch(poller); });
-    return {};
+    try {
+        dispatcher_ = start_thread("virtual-uhid", [this, poller = poller_] { dispatch(poller); });
+        return {};
+    } catch (const std::system_error& error) {
+        return std::string("headsets cannot be watched: ") + error.what();
+    }
 }
 
 Failure UhidTransport::wait_for_start(int headset) {
@@ -82,6 +89,7 @@ void UhidTransport::detach(int headset) {
         }
         detached = std::move(found->second.device);
         attached_.erase(found);
+        epoll_ctl(poller_, EPOLL_CTL_DEL, detached->descriptor(), nullptr);
         started_.notify_all();
     }
     // Not left to the destructor: the dispatching thread may keep the device a little longer.
