@@ -18,6 +18,8 @@ struct HostRow {
 
 class HidapiHost : public KernelHeadsets, public testing::WithParamInterface<HostRow> {};
 
+class HidapiHostWithOwnMalloc : public KernelHeadsets {};
+
 TEST_P(HidapiHost, keeps_its_hidapi_and_leaves_the_plugin_its_own) {
     const int headset = plug_headset("poly-blackwire-3220");
     const SystemHidapi hidapi;
@@ -31,6 +33,13 @@ TEST_P(HidapiHost, keeps_its_hidapi_and_leaves_the_plugin_its_own) {
     EXPECT_EQ(std::count(written.begin(), written.end(), Report({0x09, 0x01})), 3) << "from the host";
     EXPECT_EQ(std::count(written.begin(), written.end(), Report({0x16, 0x02, 0x00})), 1)
         << "from the plug-in";
+}
+
+TEST_F(HidapiHostWithOwnMalloc, lists_a_headset) {
+    const int headset = plug_headset();
+    const SystemHidapi hidapi;
+    hidapi.wait_for_list(wide_serial(headset));
+    EXPECT_EQ(run_program(ORVEX_OWN_MALLOC_HOST, {ORVEX_PRODUCT_LIBRARY}).status, 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(
