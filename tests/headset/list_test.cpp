@@ -71,6 +71,13 @@ TEST_F(List, what_a_device_does_not_state_is_null_in_json) {
     EXPECT_EQ(json(0)["rule"], "serial");
 }
 
+TEST_F(List, an_empty_name_is_none) {
+    system_.plug({.manufacturer = L"", .product = L""});
+    EXPECT_TRUE(json(0)["manufacturer"].is_null());
+    EXPECT_TRUE(json(0)["product"].is_null());
+    EXPECT_EQ(to_text(list(system_)).rfind("unnamed device, 0B0E:24C9, serial number SN-1\n", 0), 0U);
+}
+
 TEST_F(List, the_makers_own_headset_is_left_to_the_client) {
     system_.plug({.vendor_id = own_vendor});
     EXPECT_EQ(json(0)["rule"], "own headset");

@@ -16,6 +16,14 @@ std::string node_of(const std::string& path) {
     return platform::linux_platform::DevicePath::parse(path).node;
 }
 
+/// hidapi gives an empty text where it finds none, as for the manufacturer of a device that is not on the
+/// USB.
+void forget_empty_names(HidInterfaceInfo& info) {
+    for (auto* const name : {&info.manufacturer_string, &info.product_string})
+        if (*name && (*name)->empty())
+            name->reset();
+}
+
 /// The nodes with those of their interfaces that are wanted, where there are any.
 template <class Predicate>
 std::vector<Node> select(std::vector<Node> nodes, Predicate is_wanted) {
@@ -50,6 +58,7 @@ std::vector<Node> list_nodes(System& system) {
         const auto path = node_of(info.path);
         if (nodes.empty() || nodes.back().path != path)
             nodes.push_back({path, {}});
+        forget_empty_names(info);
         nodes.back().interfaces.push_back(std::move(info));
     }
     return nodes;
