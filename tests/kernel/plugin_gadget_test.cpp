@@ -25,6 +25,7 @@ TEST_F(PluginOnUsb, finds_the_telephony_among_several_interfaces) {
     start();
     UsbGadget headset(usb_headset("USB2"));
     wait_until_listed("USB2");
+    wait_until_open();
     activate("USB2");
     EXPECT_EQ(receive(headset, reports_until_ready), Reports(5, at_rest));
     control_->connectCall("", "1");
@@ -37,13 +38,16 @@ TEST_F(PluginOnUsb, is_told_that_a_headset_is_unplugged_and_back) {
     start();
     UsbGadget headset(usb_headset("USB3"));
     wait_until_listed("USB3");
+    wait_until_open();
     activate("USB3");
-    receive(headset, reports_until_ready);
+    EXPECT_EQ(receive(headset, reports_until_ready), Reports(5, at_rest));
     headset.unplug();
     EXPECT_TRUE(listener_->wait_for(notification("onDeviceRemovedNotify", "USB3")));
     headset.plug();
     wait_until_listed("USB3", 2);
+    wait_until_open(2);
     activate("USB3");
+    EXPECT_EQ(receive(headset, reports_until_ready), Reports(5, at_rest));
 }
 
 TEST_F(PluginOnUsb, gives_up_a_write_that_the_headset_does_not_take_after_a_second) {

@@ -90,6 +90,14 @@ class PluginOnKernel : public KernelHeadsets {
             << "the headset is not listed";
     }
 
+    /// Waits until the plug-in has opened headsets that often since the log was cleared. A headset on the USB
+    /// is listed by its first node, which may not be the one that has the telephony.
+    void wait_until_open(std::size_t times = 1) const {
+        EXPECT_TRUE(logger_->wait_for_count(
+            "3rdPartyHeadsetPlugin: headset_plugin::device::read_thread: Enter while(true) loop \n", times))
+            << "the headset is not opened";
+    }
+
     /// Chooses a headset that is listed, and waits until the host is told that it is the active one.
     void activate(const std::string& serial, const Model& model = jabra) {
         const std::string active = notification("onActiveDeviceNotify", serial, model);
@@ -108,11 +116,13 @@ class PluginOnKernel : public KernelHeadsets {
         return headset;
     }
 
-    /// Plugs a Plantronics headset and makes it the active one.
+    /// Plugs a Plantronics headset, makes it the active one and waits until it is at rest.
     int plug_active_poly() {
         const int headset = plug_headset("poly-blackwire-3220", "POLY");
         wait_until_listed("POLY", 1, poly);
         activate("POLY", poly);
+        const Reports until_ready{{0x16, 0x02, 0x00}, {0x09, 0x00}, {0x17, 0x00}, {0x09, 0x00}};
+        EXPECT_EQ(take_shown(headset, static_cast<int>(until_ready.size())), until_ready);
         return headset;
     }
 
