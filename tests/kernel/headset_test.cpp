@@ -3,7 +3,6 @@
 #include <chrono>
 #include <future>
 
-#include "platform/virtual/headsets/items.h"
 #include "tests/kernel/kernel_headsets.h"
 #include "tests/kernel/system_hidapi.h"
 
@@ -90,41 +89,8 @@ TEST_F(KernelHeadset, says_which_output_report_was_not_the_expected_one) {
     EXPECT_STREQ(orvex_virtual_error(), "wanted report 02 01 00, found 02 04 00");
 }
 
-/// Two keys and two indicators, without report ids.
-Report plain_descriptor() {
-    using namespace platform::virtual_headsets;
-    // clang-format off
-    return descriptor({
-        usage_page(telephony_page),
-        usage(0x05),  // Headset
-        collection(application),
-            logical_minimum(0),
-            logical_maximum(1),
-            report_size(1),
-            usage(hook_switch),
-            usage(phone_mute),
-            report_count(2),
-            input(data | variable),
-            report_count(6),
-            input(constant),
-            usage_page(led_page),
-            usage(off_hook_led),
-            usage(mute_led),
-            report_count(2),
-            output(data | variable),
-            report_count(6),
-            output(constant),
-        end_collection(),
-    });
-    // clang-format on
-}
-
 TEST_F(KernelHeadset, without_report_ids_sends_and_receives_reports_without_them) {
-    const Report descriptor = plain_descriptor();
-    const orvex_virtual_device plain{descriptor.data(), descriptor.size(), 0x0B0E,  0x0001,
-                                     nullptr,           "Plain",           "PLAIN1"};
-    const int headset = orvex_virtual_plug_device(&plain);
-    ASSERT_GT(headset, 0) << orvex_virtual_error();
+    const int headset = plug_device(plain_descriptor());
     const OpenedDevice device(hidapi_, path_of(headset));
     EXPECT_EQ(orvex_virtual_set_key(headset, telephony_page, phone_mute, 1), 0);
     EXPECT_EQ(device.read(), (Report{0x02})) << "no byte for an id";

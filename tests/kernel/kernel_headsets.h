@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "orvex/virtual_headset.h"
+#include "platform/virtual/headsets/items.h"
 #include "tests/support/recording_logger.h"
 
 namespace test_support {
@@ -20,6 +21,7 @@ inline constexpr int patience_ms = static_cast<int>(std::chrono::milliseconds(pa
 inline constexpr std::uint16_t led_page = 0x08;
 inline constexpr std::uint16_t mute_led = 0x09;
 inline constexpr std::uint16_t off_hook_led = 0x17;
+inline constexpr std::uint16_t ring_led = 0x18;
 inline constexpr std::uint16_t telephony_page = 0x0B;
 inline constexpr std::uint16_t hook_switch = 0x20;
 inline constexpr std::uint16_t phone_mute = 0x2F;
@@ -28,6 +30,52 @@ inline constexpr std::uint16_t volume_increment = 0xE9;
 
 inline int plug_headset(const char* model = "jabra-link-380c", const char* serial = nullptr) {
     const int headset = orvex_virtual_plug(model, serial);
+    EXPECT_GT(headset, 0) << orvex_virtual_error();
+    return headset;
+}
+
+/// A headset with two keys and two indicators, without report ids.
+inline Report plain_descriptor(std::uint16_t first_led = off_hook_led, std::uint16_t second_led = mute_led) {
+    using namespace platform::virtual_headsets;
+    // clang-format off
+    return descriptor({
+        usage_page(telephony_page),
+        usage(0x05),  // Headset
+        collection(application),
+            logical_minimum(0),
+            logical_maximum(1),
+            report_size(1),
+            usage(hook_switch),
+            usage(phone_mute),
+            report_count(2),
+            input(data | variable),
+            report_count(6),
+            input(constant),
+            usage_page(led_page),
+            usage(first_led),
+            usage(second_led),
+            report_count(2),
+            output(data | variable),
+            report_count(6),
+            output(constant),
+        end_collection(),
+    });
+    // clang-format on
+}
+
+/// What a headset says of itself, beside its report descriptor.
+struct Identity {
+    std::uint16_t vendor_id = 0x0B0E;
+    std::uint16_t product_id = 0x0001;
+    const char* product = "Plain";
+    const char* serial = "PLAIN1";
+};
+
+inline int plug_device(const Report& descriptor, const Identity& identity = {}) {
+    const orvex_virtual_device device{descriptor.data(),   descriptor.size(), identity.vendor_id,
+                                      identity.product_id, nullptr,           identity.product,
+                                      identity.serial};
+    const int headset = orvex_virtual_plug_device(&device);
     EXPECT_GT(headset, 0) << orvex_virtual_error();
     return headset;
 }

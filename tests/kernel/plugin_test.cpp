@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "tests/kernel/plugin_on_kernel.h"
+#include "tests/kernel/usb_headset.h"
 
 namespace {
 
@@ -104,6 +105,17 @@ TEST_F(PluginOnKernel, tells_of_a_headset_that_is_unplugged_in_a_call_and_shows_
     EXPECT_TRUE(listener_->wait_for(notification("onDeviceRemovedNotify", "SERIAL")));
     replug_active(headset);
     EXPECT_EQ(take_shown(headset, 4), (Reports{at_rest, at_rest, in_use, in_use_muted}));
+}
+
+TEST_F(PluginOnKernel, shows_a_call_on_a_telephony_node_that_comes_after_the_headset_is_active) {
+    start();
+    plug_device(volume_keys_descriptor(),
+                {.product_id = 0x24C9, .product = "Jabra Link 380c", .serial = "SERIAL"});
+    wait_until_listed("SERIAL");
+    activate("SERIAL");
+    control_->connectCall("", "1");
+    const int headset = plug_headset("jabra-link-380c", "SERIAL");
+    EXPECT_EQ(take_shown(headset, 1), Reports{in_use});
 }
 
 TEST_F(PluginOnKernel, survives_a_headset_that_is_unplugged_in_a_write) {

@@ -13,31 +13,34 @@ namespace test_support {
 inline constexpr int consumer_interface = 0;
 inline constexpr int telephony_interface = 1;
 
-inline UsbGadgetDescription usb_headset(const std::string& serial) {
-    namespace headsets = platform::virtual_headsets;
+inline Report volume_keys_descriptor() {
+    using namespace platform::virtual_headsets;
     // clang-format off
-    const auto volume_keys = headsets::descriptor({
-        headsets::usage_page(consumer_page),
-        headsets::usage(0x01),  // Consumer Control
-        headsets::collection(headsets::application),
-            headsets::logical_minimum(0),
-            headsets::logical_maximum(1),
-            headsets::usage(volume_increment),
-            headsets::report_size(1),
-            headsets::report_count(1),
-            headsets::input(headsets::data | headsets::variable),
-            headsets::report_count(7),
-            headsets::input(headsets::constant),
-        headsets::end_collection(),
+    return descriptor({
+        usage_page(consumer_page),
+        usage(0x01),  // Consumer Control
+        collection(application),
+            logical_minimum(0),
+            logical_maximum(1),
+            usage(volume_increment),
+            report_size(1),
+            report_count(1),
+            input(data | variable),
+            report_count(7),
+            input(constant),
+        end_collection(),
     });
     // clang-format on
-    const headsets::HeadsetModel& model = *headsets::find_model("jabra-link-380c");
+}
+
+inline UsbGadgetDescription usb_headset(const std::string& serial) {
+    const auto& model = *platform::virtual_headsets::find_model("jabra-link-380c");
     return {.vendor_id = model.vendor_id,
             .product_id = model.product_id,
             .manufacturer = model.manufacturer,
             .product = model.product,
             .serial = serial,
-            .interfaces = {volume_keys, model.descriptor}};
+            .interfaces = {volume_keys_descriptor(), model.descriptor}};
 }
 
 }  // namespace test_support
