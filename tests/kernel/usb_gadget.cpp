@@ -55,33 +55,46 @@ UsbGadget::UsbGadget(const UsbGadgetDescription& description) : folder_(gadgets 
     for (const auto& descriptor : description.interfaces) {
         add_interface(descriptor);
     }
+    if (description.has_sound) {
+        link(add_function("midi"));
+    }
     plug();
-    open_interfaces();
+    open_interfaces(description.interfaces.size());
 }
 
 UsbGadget::~UsbGadget() {
     try {
-        unplug();
+        if (is_plugged_) {
+            unplug();
+        }
         remove();
     } catch (const std::exception& error) {
         std::fprintf(stderr, "the USB gadget cannot be removed: %s\n", error.what());
     }
 }
 
-void UsbGadget::add_interface(const std::vector<std::uint8_t>& descriptor) {
-    const std::string name = "hid." + folder_.filename().string() + "-" + std::to_string(functions_.size());
-    const fs::path function = folder_ / "functions" / name;
-    fs::create_directory(function);
-    write_attribute(function / "report_desc", text(descriptor));
-    write_attribute(function / "report_length", longest_report);
-    fs::create_directory_symlink(function, folder_ / configuration / name);
-    functions_.push_back(function);
+fs::path UsbGadget::add_function(const std::string& kind) {
+    const std::string number = std::to_string(functions_.size());
+    functions_.push_back(folder_ / "functions" / (kind + "." + folder_.filename().string() + "-" + number));
+    fs::create_directory(functions_.back());
+    return functions_.back();
 }
 
-void UsbGadget::open_interfaces() {
-    for (const fs::path& function : functions_) {
+void UsbGadget::link(const fs::path& function) {
+    fs::create_directory_symlink(function, folder_ / configuration / function.filename());
+}
+
+void UsbGadget::add_interface(const std::vector<std::uint8_t>& descriptor) {
+    const fs::path function = add_function("hid");
+    write_attribute(function / "report_desc", text(descriptor));
+    write_attribute(function / "report_length", longest_report);
+    link(function);
+}
+
+void UsbGadget::open_interfaces(std::size_t count) {
+    for (std::size_t interface = 0; interface < count; ++interface) {
         std::string number;  // "236:0"
-        std::getline(std::ifstream(function / "dev"), number);
+        std::getline(std::ifstream(functions_[interface] / "dev"), number);
         const std::string device = "/dev/hidg" + number.substr(number.find(':') + 1);
         devices_.emplace_back(open(device.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
         if (devices_.back().get() < 0) {
@@ -92,10 +105,12 @@ void UsbGadget::open_interfaces() {
 
 void UsbGadget::plug() {
     write_attribute(folder_ / "UDC", controller);
+    is_plugged_ = true;
 }
 
 void UsbGadget::unplug() {
     write_attribute(folder_ / "UDC", "\n");
+    is_plugged_ = false;
 }
 
 void UsbGadget::remove() {

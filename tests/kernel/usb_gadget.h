@@ -19,6 +19,9 @@ struct UsbGadgetDescription {
     std::string serial;
     /// The report descriptor of each HID interface.
     std::vector<std::vector<std::uint8_t>> interfaces;
+    /// Makes it a sound card as well, if only for MIDI, since the controller made of software carries no
+    /// isochronous data. Needs the modules usb_f_midi and snd-usb-audio.
+    bool has_sound = false;
 };
 
 /// Plugged in as long as it lives. Needs root and the modules dummy_hcd, libcomposite and usb_f_hid. Throws
@@ -40,13 +43,17 @@ class UsbGadget {
     std::vector<std::uint8_t> receive(int interface);
 
   private:
+    /// Adds a function of the device, to be linked when it is described. \return its folder
+    std::filesystem::path add_function(const std::string& kind);
+    void link(const std::filesystem::path& function);
     void add_interface(const std::vector<std::uint8_t>& descriptor);
-    void open_interfaces();
+    void open_interfaces(std::size_t count);
     int device(int interface) const { return devices_[static_cast<std::size_t>(interface)].get(); }
     void remove();
 
     const std::filesystem::path folder_;  ///< in configfs
-    std::vector<std::filesystem::path> functions_;
+    bool is_plugged_ = false;
+    std::vector<std::filesystem::path> functions_;  ///< the HID interfaces, then others
     std::vector<platform::common::FileDescriptor> devices_;
 };
 

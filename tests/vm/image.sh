@@ -6,7 +6,7 @@
 guest_packages=(busybox-static udev kmod libkmod2 libssl3 libudev1 libhidapi-hidraw0)
 # Modules that a test may ask for, with what they depend on.
 guest_modules=(uhid hid-generic hid-jabra hid-logitech hid-logitech-hidpp hid-microsoft hid-plantronics usbhid evdev
-    dummy_hcd libcomposite usb_f_hid virtio_pci 9pnet_virtio 9p)
+    dummy_hcd libcomposite usb_f_hid usb_f_midi snd-usb-audio virtio_pci 9pnet_virtio 9p)
 multiarch=x86_64-linux-gnu
 
 # Package lists of its own, so that it needs neither privileges nor the lists of the machine at hand.
