@@ -1,0 +1,41 @@
+// The softphone with a headset of the kernel that somebody else has plugged, as a person's headset is.
+
+#include "tests/kernel/headset_tool.h"
+#include "tests/kernel/running_program.h"
+
+namespace {
+
+using namespace test_support;
+
+using RealSoftphone = HeadsetTool;
+
+TEST_F(RealSoftphone, lists_chooses_and_lights_a_headset_and_hears_its_mute_key) {
+    const int headset = plug_headset("jabra-link-380c", "SERIAL");
+    node_of(headset);
+    RunningProgram phone(ORVEX_SOFTPHONE, {"--real", "--json"});
+    phone.type("device");
+    EXPECT_TRUE(phone.says(R"({"event":"device","headset":"jabra-link-380c","device_id":")"));
+    EXPECT_TRUE(phone.says(R"("name":"Jabra Link 380c","serial":"SERIAL"})"));
+    phone.type("device jabra-link-380c");
+    phone.type("expect ready jabra-link-380c within 20000");
+    EXPECT_TRUE(phone.says(R"({"event":"ready","headset":"jabra-link-380c",)"));
+    EXPECT_TRUE(phone.says(R"({"event":"expect","ok":true,)"));
+
+    constexpr int reports_until_ready = 5;
+    EXPECT_EQ(orvex_virtual_wait_outputs(headset, reports_until_ready, patience_ms), 1);
+    phone.type("connect 42");
+    EXPECT_EQ(orvex_virtual_wait_indicator(headset, led_page, off_hook_led, 1, patience_ms), 1);
+    EXPECT_EQ(orvex_virtual_press(headset, telephony_page, phone_mute), 0);
+    EXPECT_TRUE(phone.says(R"({"event":"action","action":"muteCall",)"));
+    EXPECT_EQ(orvex_virtual_wait_indicator(headset, led_page, mute_led, 1, patience_ms), 1)
+        << "the phone does what it is asked for";
+    phone.type("end 42");
+    EXPECT_EQ(orvex_virtual_wait_indicator(headset, led_page, off_hook_led, 0, patience_ms), 1);
+
+    unplug_headset(headset);
+    EXPECT_TRUE(phone.says(R"({"event":"removed","headset":"jabra-link-380c",)"));
+    phone.type("quit");
+    EXPECT_EQ(phone.wait_for_end(), 0);
+}
+
+}  // namespace
