@@ -106,7 +106,8 @@ class HidBackend {
     /// Lists the collections of every device with these ids; 0 stands for any.
     virtual std::vector<HidInterfaceInfo> enumerate(std::uint16_t vendor_id, std::uint16_t product_id) = 0;
 
-    /// Opens a path that enumerate handed out. May block for as long as the system is held up by another device.
+    /// Opens a path that enumerate handed out. May block for as long as the system is held up by another
+    /// device.
     virtual OpenResult open(const std::string& path) = 0;
 
     virtual void HidD_FreePreparsedData(PHIDP_PREPARSED_DATA data) = 0;

@@ -10,6 +10,7 @@
 #include <sstream>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 #include "platform/common/file_descriptor.h"
 #include "platform/linux/report_descriptor.h"
@@ -50,7 +51,9 @@ bool is_there(const fs::path& path) {
     return fs::exists(path, ignored);
 }
 
-Time to_time(const timespec& time) {
+using FileTime = decltype(std::declval<struct stat>().st_mtim);
+
+Time to_time(const FileTime& time) {
     return Time(std::chrono::duration_cast<Time::duration>(std::chrono::seconds(time.tv_sec) +
                                                            std::chrono::nanoseconds(time.tv_nsec)));
 }
