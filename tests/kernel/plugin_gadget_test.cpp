@@ -12,6 +12,14 @@ using namespace test_support;
 
 class PluginOnUsb : public PluginOnKernel {
   protected:
+    /// Waits until the plug-in has looked through the devices as often as it does when it starts and a
+    /// headset with two nodes comes.
+    void wait_until_enumerated() const {
+        EXPECT_TRUE(logger_->wait_for_count(
+            "3rdPartyHeadsetPlugin: plugin_control::device_mgr::enumerate_hid_device: complete hid_enumerate() \n",
+            3));
+    }
+
     Reports receive(UsbGadget& headset, int count) {
         Reports reports;
         for (int i = 0; i < count; ++i) {
@@ -39,6 +47,7 @@ TEST_F(PluginOnUsb, is_told_that_a_headset_is_unplugged_and_back) {
     UsbGadget headset(usb_headset("USB3"));
     wait_until_listed("USB3");
     wait_until_open();
+    wait_until_enumerated();
     activate("USB3");
     EXPECT_EQ(receive(headset, reports_until_ready), Reports(5, at_rest));
     headset.unplug();
