@@ -1,6 +1,7 @@
 // The tool `headset`, on the devices of a kernel.
 #pragma once
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <sstream>
@@ -81,14 +82,22 @@ inline Diagnosis diagnose_as_user() {
     return Diagnosis(run_headset_as_user("doctor --json"));
 }
 
-/// Waits until udev has applied its rules to a node that has just appeared.
-inline void wait_for_udev(const std::string& node) {
+/// Whether udev has applied its rules to a node. Last of all it writes its record of the device; an older one
+/// is of a device that had the number before.
+inline bool is_known_to_udev(const std::string& node) {
     struct stat status {};
-    ASSERT_TRUE(eventually([&] { return stat(node.c_str(), &status) == 0; })) << node;
-    // udev's record of a device, which it writes last.
+    if (stat(node.c_str(), &status) != 0) {
+        return false;
+    }
     const std::string record = "/run/udev/data/c" + std::to_string(major(status.st_rdev)) + ":" +
                                std::to_string(minor(status.st_rdev));
-    EXPECT_TRUE(eventually([&] { return access(record.c_str(), F_OK) == 0; })) << record;
+    std::error_code none_yet;
+    const auto recorded = std::filesystem::last_write_time(record, none_yet);
+    return !none_yet && recorded >= std::filesystem::last_write_time(node);
+}
+
+inline void wait_for_udev(const std::string& node) {
+    EXPECT_TRUE(eventually([&] { return is_known_to_udev(node); })) << node;
 }
 
 /// The tags that udev's rules have put on a node.
