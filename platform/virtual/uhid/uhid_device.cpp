@@ -8,7 +8,6 @@
 #include <string>
 #include <unistd.h>
 
-#include "platform/text.h"
 #include "platform/virtual/virtual_headset.h"
 
 namespace platform::virtual_platform {
@@ -30,11 +29,11 @@ Failure why_not_opened(int error) {
     }
 }
 
-/// Copies as much of a text as fits before the terminating zero, which is there already.
+/// Copies as much of a text as fits before the terminating zero, which is there already. Bytes that are no
+/// UTF-8 go through: a headset may state any.
 template <std::size_t size>
 void copy_text(const std::string& text, std::uint8_t (&field)[size]) {
-    const std::string fitting = to_utf8(to_wide(text), size - 1);
-    std::copy(fitting.begin(), fitting.end(), field);
+    std::copy_n(text.begin(), std::min(text.size(), size - 1), field);
 }
 
 /// True when an input report of some collection is longer than an event of the kernel holds.
