@@ -182,7 +182,7 @@ TEST_F(HeadsetDoctorOfOrdinaryUser, leads_from_a_refusal_to_a_headset_that_works
     const std::string beginning = "install the udev rules, and plug the headset in anew: ";
     ASSERT_TRUE(remedy.starts_with(beginning)) << remedy;
     EXPECT_NE(remedy.find(installed_rules), std::string::npos) << remedy;
-    const UdevRulesFile to_remove(installed_rules, "");
+    const UdevRulesFile rules(installed_rules);
 
     do_remedy(remedy.substr(beginning.size()));
     const Diagnosis with_rules = diagnose_as_user();
@@ -200,7 +200,7 @@ TEST_F(HeadsetDoctorOfOrdinaryUser, leads_to_rules_for_a_vendor_that_has_no_name
     const int headset = plug_headset("razer-blackshark-v2");
     settled_node_of(headset);
     const std::string remedy = diagnose_as_user().remedy("permission");
-    const UdevRulesFile to_remove("/etc/udev/rules.d/70-orvex-headset-1532.rules", "");
+    const UdevRulesFile rules("/etc/udev/rules.d/70-orvex-headset-1532.rules");
     do_remedy(remedy.substr(remedy.find("echo")));
     replug(headset);
     EXPECT_EQ(diagnose_as_user().names(), (Names{"driver", "desktop mute key"}));

@@ -9,23 +9,30 @@
 
 namespace test_support {
 
-inline void reload_udev_rules() {
-    EXPECT_EQ(run_shell("udevadm control --reload").status, 0);
+/// Has udev's daemon read its rules. It is started anew, since it has been seen to apply the old ones to the
+/// next device after a reload that followed another one closely.
+inline void restart_udev() {
+    EXPECT_EQ(run_shell("udevadm settle && udevadm control --exit").status, 0);
+    EXPECT_TRUE(eventually([] { return run_shell("pidof systemd-udevd").status != 0; }));
+    EXPECT_EQ(run_shell("/lib/systemd/systemd-udevd --daemon").status, 0);
 }
 
-/// A file of rules that is there as long as this lives. Needs root.
+/// A file of rules that is there until this is gone. Needs root.
 class UdevRulesFile {
   public:
-    /// \param path  with nothing in it, it takes the place of a file of this name in a folder that counts
-    /// less
-    UdevRulesFile(std::filesystem::path path, const std::string& rules) : path_(std::move(path)) {
+    /// A file that the test is about to make.
+    explicit UdevRulesFile(std::filesystem::path path) : path_(std::move(path)) {
         std::filesystem::create_directories(path_.parent_path());
+    }
+    /// A file with these rules. With none, it takes the place of a file of this name in a folder that counts
+    /// less.
+    UdevRulesFile(std::filesystem::path path, const std::string& rules) : UdevRulesFile(std::move(path)) {
         std::ofstream(path_) << rules;
-        reload_udev_rules();
+        restart_udev();
     }
     ~UdevRulesFile() {
         std::filesystem::remove(path_);
-        reload_udev_rules();
+        restart_udev();
     }
     UdevRulesFile(const UdevRulesFile&) = delete;
     UdevRulesFile& operator=(const UdevRulesFile&) = delete;
