@@ -19,13 +19,15 @@
 /// orvex_virtual_error() then says why. Usages are those of the HID Usage Tables: page 0x08 holds the
 /// indicators (0x17 Off-Hook, 0x09 Mute, 0x18 Ring, 0x20 Hold), page 0x0B the telephony keys (0x20 Hook
 /// Switch, 0x21 Flash, 0x2F Phone Mute), page 0x0C the consumer keys. Every function may be called from any
-/// thread. Texts are UTF-8.
+/// thread. Texts are UTF-8. Times that a function waits are in milliseconds.
 #ifndef ORVEX_VIRTUAL_HEADSET_H
 #define ORVEX_VIRTUAL_HEADSET_H
 
 #include <stddef.h>
 #include <stdint.h>
 
+/// \def ORVEX_VIRTUAL_API
+/// Marks a function that the library exports.
 #if defined(__GNUC__)
 #define ORVEX_VIRTUAL_API __attribute__((visibility("default")))
 #else
@@ -72,102 +74,160 @@ enum orvex_virtual_event_kind {
 
 /** One event. The pointers are valid during the call only. */
 struct orvex_virtual_event {
-    enum orvex_virtual_event_kind kind;
-    int headset;           /**< the headset that it concerns */
-    uint64_t time_us;      /**< microseconds on a steady clock */
-    const uint8_t* report; /**< report bytes, byte 0 the report id (0 for none), or NULL */
-    size_t report_length;
-    uint16_t usage_page;
-    uint16_t usage;
-    int on;           /**< 1: lit, 0: dark */
-    const char* text; /**< what was wrong, or NULL */
+    enum orvex_virtual_event_kind kind; /**< what happened */
+    int headset;                        /**< the headset that it concerns */
+    uint64_t time_us;                   /**< microseconds on a steady clock */
+    const uint8_t* report;              /**< report bytes, byte 0 the report id (0 for none), or NULL */
+    size_t report_length;               /**< length of the report in bytes, the id included */
+    uint16_t usage_page;                /**< usage page of the indicator */
+    uint16_t usage;                     /**< usage of the indicator */
+    int on;                             /**< 1: lit, 0: dark */
+    const char* text;                   /**< what was wrong, or NULL */
 };
 
 /** Receives events, in order, one at a time, on the thread that caused them, which waits: return soon. It may
- * call any function of this header but orvex_virtual_watch(). */
+ * call any function of this header but orvex_virtual_watch().
+ * \param event  what happened; valid during the call
+ * \param user   the pointer that was handed to orvex_virtual_watch() */
 typedef void (*orvex_virtual_watcher)(const struct orvex_virtual_event* event, void* user);
 
-/** \return the name of the built-in model `index` (0, 1, ...), such as "jabra-link-380c"; NULL past the last
- */
+/** Lists the built-in models.
+ * \param index  0, 1, ...
+ * \return the name of that model, such as "jabra-link-380c"; NULL past the last one. Valid for ever. */
 ORVEX_VIRTUAL_API const char* orvex_virtual_model(size_t index);
 
-/** \return the product string of a built-in model; NULL for an unknown name */
+/** Asks for the product string of a built-in model.
+ * \param model  name of the model
+ * \return its product string, valid for ever; NULL for an unknown name */
 ORVEX_VIRTUAL_API const char* orvex_virtual_model_product(const char* model);
 
-/** Plugs a headset of a built-in model. `serial` replaces the model's own serial number unless it is NULL.
- *  \return the headset, or -1 for an unknown model */
+/** Plugs a headset of a built-in model.
+ * \param model   name of the model
+ * \param serial  replaces the model's own serial number unless it is NULL
+ * \return the headset, or -1 on failure, as for an unknown model */
 ORVEX_VIRTUAL_API int orvex_virtual_plug(const char* model, const char* serial);
 
-/** Plugs a headset made from a descriptor. \return the headset, or -1 when the descriptor is malformed */
+/** Plugs a headset made from a descriptor.
+ * \param device  what to plug; copied
+ * \return the headset, or -1 on failure, as for no descriptor or a malformed one */
 ORVEX_VIRTUAL_API int orvex_virtual_plug_device(const struct orvex_virtual_device* device);
 
 /** Unplugs a headset: blocked reads and writes fail, and the plug-in is told. The number stays valid for
- * looking at what was recorded and for orvex_virtual_replug(). \return 0, or -1 for no such headset or one
- * that is not plugged */
+ * looking at what was recorded and for orvex_virtual_replug().
+ * \param headset  the headset
+ * \return 0, or -1 for no such headset or one that is not plugged */
 ORVEX_VIRTUAL_API int orvex_virtual_unplug(int headset);
 
-/** Plugs an unplugged headset again, on the same path, with its indicators dark. \return 0 or -1 */
+/** Plugs an unplugged headset again, on the same path, with its indicators dark.
+ * \param headset  the headset
+ * \return 0, or -1 for no such headset or one that is plugged */
 ORVEX_VIRTUAL_API int orvex_virtual_replug(int headset);
 
-/** \return the serial number of a headset, empty if it has none; NULL for no such headset. Valid until the
- * calling thread calls this again. */
+/** Asks for the serial number of a headset.
+ * \param headset  the headset
+ * \return the serial number, empty if it has none; NULL for no such headset. Valid until the calling thread
+ *         calls this again. */
 ORVEX_VIRTUAL_API const char* orvex_virtual_serial(int headset);
 
-/** \return the product string, in the same manner */
+/** Asks for the product string of a headset.
+ * \param headset  the headset
+ * \return the product string, empty if it has none; NULL for no such headset. Valid until the calling thread
+ *         calls this again. */
 ORVEX_VIRTUAL_API const char* orvex_virtual_product(int headset);
 
 /** Presses and releases a key: sends an input report with the usage set, and one with it cleared.
- *  \return 0, or -1 for no such headset, one that is not plugged, or one without such a key */
+ * \param headset     the headset
+ * \param usage_page  usage page of the key
+ * \param usage       usage of the key
+ * \return 0, or -1 for no such headset, one that is not plugged, or one without such a key */
 ORVEX_VIRTUAL_API int orvex_virtual_press(int headset, uint16_t usage_page, uint16_t usage);
 
-/** Sets a key to pressed (1) or released (0) and leaves it so, as a hook switch is; sends one input report.
- *  \return 0 or -1 */
+/** Sets a key to pressed or released and leaves it so, as a hook switch is; sends one input report.
+ * \param headset     the headset
+ * \param usage_page  usage page of the key
+ * \param usage       usage of the key
+ * \param pressed     1: pressed, 0: released
+ * \return 0, or -1 as for orvex_virtual_press() */
 ORVEX_VIRTUAL_API int orvex_virtual_set_key(int headset, uint16_t usage_page, uint16_t usage, int pressed);
 
-/** Sends an input report as it stands. Byte 0 is the report id (0 for a headset without ids), the length must
- * be that of the report. \return 0 or -1 */
+/** Sends an input report as it stands.
+ * \param headset  the headset
+ * \param report   the report, byte 0 its id (0 for a headset without ids); copied
+ * \param length   its length in bytes, which must be that of the report
+ * \return 0, or -1 for no such headset, one that is not plugged, or one without such a report */
 ORVEX_VIRTUAL_API int orvex_virtual_send_report(int headset, const uint8_t* report, size_t length);
 
-/** \return 1 when the indicator is lit, 0 when it is dark, -1 when the headset has no such indicator */
+/** Looks at an indicator.
+ * \param headset     the headset
+ * \param usage_page  usage page of the indicator
+ * \param usage       usage of the indicator
+ * \return 1 when it is lit, 0 when it is dark, -1 when the headset has no such indicator */
 ORVEX_VIRTUAL_API int orvex_virtual_indicator(int headset, uint16_t usage_page, uint16_t usage);
 
-/** Waits at most `timeout_ms` for an indicator to be lit (`on` 1) or dark (0). \return 1 when it is, 0 when
- * the time is over, -1 when the headset has no such indicator */
+/** Waits for an indicator.
+ * \param headset     the headset
+ * \param usage_page  usage page of the indicator
+ * \param usage       usage of the indicator
+ * \param on          what to wait for: 1: lit, 0: dark
+ * \param timeout_ms  how long to wait at most
+ * \return 1 when it is so, 0 when the time is over, -1 when the headset has no such indicator */
 ORVEX_VIRTUAL_API int orvex_virtual_wait_indicator(int headset, uint16_t usage_page, uint16_t usage, int on,
                                                    int timeout_ms);
 
-/** \return the number of output reports that reached the headset, or -1 */
+/** Counts the output reports that reached a headset.
+ * \param headset  the headset
+ * \return their number, or -1 for no such headset */
 ORVEX_VIRTUAL_API int orvex_virtual_output_count(int headset);
 
-/** Copies output report `index` (0: the first) into `report`, at most `length` bytes, and its time into
- * `time_us` unless that is NULL. \return the report's length in bytes, or -1 for no such report */
+/** Copies an output report that reached a headset.
+ * \param headset       the headset
+ * \param index         which one, 0 for the first
+ * \param[out] report   gets the report, byte 0 its id (0 for a headset without ids)
+ * \param length        how many bytes there is room for
+ * \param[out] time_us  gets the time when it came, in microseconds on a steady clock, unless it is NULL
+ * \return the report's length in bytes, or -1 for no such report */
 ORVEX_VIRTUAL_API int orvex_virtual_output(int headset, int index, uint8_t* report, size_t length,
                                            uint64_t* time_us);
 
-/** Waits until at least `count` output reports have reached the headset. \return 1, or 0 when the time is
- * over, or -1 */
+/** Waits until output reports have reached a headset.
+ * \param headset     the headset
+ * \param count       how many there are to be, counted from when it was plugged for the first time
+ * \param timeout_ms  how long to wait at most
+ * \return 1, or 0 when the time is over, or -1 for no such headset */
 ORVEX_VIRTUAL_API int orvex_virtual_wait_outputs(int headset, int count, int timeout_ms);
 
 /** Expects this exact output report next, after those expected earlier. Once anything was expected, a report
  * that is not the next expected one fails in the plug-in's write, is told to the watcher and fails
- * orvex_virtual_verify(). \return 0 or -1 */
+ * orvex_virtual_verify().
+ * \param headset  the headset
+ * \param report   the report, byte 0 its id (0 for a headset without ids); copied
+ * \param length   its length in bytes
+ * \return 0, or -1 for no such headset */
 ORVEX_VIRTUAL_API int orvex_virtual_expect(int headset, const uint8_t* report, size_t length);
 
-/** Waits at most `timeout_ms` for every expected report. \return 0 when all came and nothing else did; -1
- * when not, with wanted and found in orvex_virtual_error(). Either way the expectations are over. */
+/** Waits for every expected report. Either way the expectations are over.
+ * \param headset     the headset
+ * \param timeout_ms  how long to wait at most
+ * \return 0 when all came and nothing else did; -1 when not: orvex_virtual_error() has wanted and found */
 ORVEX_VIRTUAL_API int orvex_virtual_verify(int headset, int timeout_ms);
 
-/** Makes a headset misbehave. \return 0 or -1 */
+/** Makes a headset misbehave until it is told otherwise or is plugged again.
+ * \param headset  the headset
+ * \param fault    what it is to do
+ * \return 0, or -1 for no such headset or a fault that it cannot have */
 ORVEX_VIRTUAL_API int orvex_virtual_misbehave(int headset, enum orvex_virtual_fault fault);
 
-/** Calls `watcher` for every event of every headset from now on, in place of an earlier watcher; NULL stops
- * it. When this returns, the earlier watcher is not running. */
+/** Calls a watcher for every event of every headset from now on, in place of an earlier one. When this
+ * returns, the earlier watcher is not running.
+ * \param watcher  the watcher; NULL for none
+ * \param user     handed to the watcher at each call */
 ORVEX_VIRTUAL_API void orvex_virtual_watch(orvex_virtual_watcher watcher, void* user);
 
 /** Unplugs every headset and forgets all of them. */
 ORVEX_VIRTUAL_API void orvex_virtual_reset(void);
 
-/** \return why the calling thread's last failed call failed; valid until its next failure */
+/** Asks why a call failed.
+ * \return why the calling thread's last failed call failed; valid until its next failure */
 ORVEX_VIRTUAL_API const char* orvex_virtual_error(void);
 
 #ifdef __cplusplus
