@@ -14,8 +14,4 @@ std::uint32_t call_control_generic::query_state_follow_up(std::uint32_t /*state*
     return 0;
 }
 
-bool call_control_generic::is_product_family(std::uint32_t family) const {
-    return product_family(product_id_) == product_family(family);
-}
-
 }  // namespace headset_plugin

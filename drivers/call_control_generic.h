@@ -62,18 +62,13 @@ class call_control_generic {
     void set_hid_device(const HidHandle& handle) { hid_device_.set(handle); }
 
   protected:
-    std::uint32_t product_id() const { return product_id_; }
-
-    /// True when the product's family is that of `family`.
-    bool is_product_family(std::uint32_t family) const;
-
     /// The handle for the length of one operation; empty while the headset is closed.
     HidHandle hid_device() const { return hid_device_.get().lock(); }
 
+    const std::uint32_t product_id_;
     std::atomic<std::uint8_t> headset_leds_state_{0};  ///< the indicators lit, in the driver's own bits
 
   private:
-    const std::uint32_t product_id_;
     platform::Guarded<std::weak_ptr<::hid_device>>
         hid_device_;  // not owned: the device closes it when it is gone
 };

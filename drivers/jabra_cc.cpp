@@ -108,7 +108,7 @@ std::int32_t jabra_cc::set_mute_data(bool mute, std::span<std::uint8_t> output) 
     if (output.size() < shortest_mute_buffer) {
         return nothing_to_write;
     }
-    const std::uint8_t bits = with_bit(headset_leds_state_, model_of(product_id()).mute, mute);
+    const std::uint8_t bits = with_bit(headset_leds_state_, model_of(product_id_).mute, mute);
     headset_leds_state_ = bits;
     plugin_log("HeadsetPlugin: %s: state =0x%x\n", "headset_plugin::jabra_cc::set_mute_data", bits);
     return put_report(output, {telephony_report_id, bits, update});
@@ -124,7 +124,7 @@ std::int32_t jabra_cc::process_read(std::span<const std::uint8_t> report) {
         plugin_log("HeadsetPlugin: %s: unsupported report id\n", function);
         return HEADSET_KEY_INVALID;
     }
-    const std::int32_t key = find_key(model_of(product_id()).keys, report[key_at]);
+    const std::int32_t key = find_key(model_of(product_id_).keys, report[key_at]);
     if (key == HEADSET_KEY_INVALID) {
         plugin_log("HeadsetPlugin: %s: unsupported usage\n", function);
     }
@@ -135,7 +135,7 @@ std::uint32_t jabra_cc::handle_headset_reponse(std::int32_t key_code) {
     if (key_code != HEADSET_KEY_HOOK) {
         return 0;
     }
-    if (!model_of(product_id()).hook_needs_off_hook) {
+    if (!model_of(product_id_).hook_needs_off_hook) {
         return follow_up_toggle;
     }
     const bool ringing = (headset_leds_state_ & led_ringing) != 0;
@@ -146,7 +146,7 @@ std::int32_t jabra_cc::toggle_led(std::uint32_t bit, std::span<std::uint8_t> out
     plugin_log("HeadsetPlugin: %s: enter, state = %d\n", "headset_plugin::jabra_cc::toggle_led",
                static_cast<int>(bit));
     const std::uint8_t lit =
-        indicator_bit(model_of(product_id()).toggle_lights_off_hook ? Indicator::off_hook : Indicator::none);
+        indicator_bit(model_of(product_id_).toggle_lights_off_hook ? Indicator::off_hook : Indicator::none);
     switch (bit) {
         case follow_up_toggle:
             return put_report(output,
@@ -163,7 +163,7 @@ std::int32_t jabra_cc::toggle_led(std::uint32_t bit, std::span<std::uint8_t> out
 std::uint32_t jabra_cc::query_state_follow_up(std::uint32_t state) {
     // Ringing has the same bit on 0xA346.
     const bool held = (headset_leds_state_ & led_hold) != 0;
-    return model_of(product_id()).in_use_asks_for_toggle && held && state == HEADSET_STATE_INUSE
+    return model_of(product_id_).in_use_asks_for_toggle && held && state == HEADSET_STATE_INUSE
                ? follow_up_toggle
                : 0;
 }
@@ -173,9 +173,9 @@ std::uint8_t jabra_cc::indicator_bit(Indicator indicator) const {
         case Indicator::none:
             return 0x00;
         case Indicator::ring:
-            return model_of(product_id()).ring;
+            return model_of(product_id_).ring;
         case Indicator::off_hook:
-            return model_of(product_id()).off_hook;
+            return model_of(product_id_).off_hook;
     }
     return 0xFF;
 }

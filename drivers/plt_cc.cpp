@@ -120,11 +120,11 @@ std::uint32_t plt_cc::query_state_follow_up(std::uint32_t state) {
 }
 
 std::uint8_t plt_cc::ring_report_id() const {
-    return ids_of(product_id()).ring;
+    return ids_of(product_id_).ring;
 }
 
 std::uint8_t plt_cc::off_hook_report_id() const {
-    return ids_of(product_id()).off_hook;
+    return ids_of(product_id_).off_hook;
 }
 
 bool plt_cc::accepts_report_id(std::uint8_t id) const {
@@ -132,7 +132,7 @@ bool plt_cc::accepts_report_id(std::uint8_t id) const {
 }
 
 std::uint8_t plt_cc::mute_report_id() const {
-    return ids_of(product_id()).mute;
+    return ids_of(product_id_).mute;
 }
 
 std::uint8_t plt_cc::mute_key_value() const {

@@ -18,33 +18,34 @@ class PlainDriver final : public call_control_generic {
 
     using call_control_generic::headset_leds_state_;
     using call_control_generic::hid_device;
-    using call_control_generic::is_product_family;
-    using call_control_generic::product_id;
+    using call_control_generic::product_id_;
 };
 
 class DriverInterface : public DriverFixture {};
 class DriverFactoryTest : public DriverFixture {};
 
-TEST_F(DriverInterface, compares_product_families_by_the_high_byte_alone) {
-    struct Row {
-        std::uint32_t product_id;
-        std::uint32_t family;
-        bool same;
+TEST(ProductFamily, is_the_high_byte_of_16) {
+    constexpr std::pair<std::uint32_t, std::uint32_t> rows[] = {
+        {0x02AB, 0x0200}, {0x0200, 0x0200}, {0x02FF, 0x0200}, {0x0300, 0x0300},
+        {0x01FF, 0x0100}, {0x00AB, 0x0000}, {0xFFFF, 0xFF00}, {0x1C056, 0xC000},  // 16 bits of product id
     };
-    constexpr Row rows[] = {
-        {0x02AB, 0x0200, true},  {0x0200, 0x0200, true},  {0x02FF, 0x0200, true},  {0x0300, 0x0200, false},
-        {0x01FF, 0x0200, false}, {0x02AB, 0x02CD, true},  {0x1202, 0x0200, false}, {0x00AB, 0x0000, true},
-        {0xC056, 0xC000, true},  {0xC056, 0x4300, false}, {0x1C056, 0xC000, true},  // 16 bits of product id
-    };
-    for (const Row& row : rows) {
-        EXPECT_EQ(PlainDriver(row.product_id).is_product_family(row.family), row.same)
-            << std::hex << row.product_id << " of " << row.family;
+    for (const auto& [product_id, family] : rows) {
+        EXPECT_EQ(product_family(product_id), family) << hex(product_id);
+    }
+}
+
+TEST(ProductFamily, is_shared_by_256_products) {
+    for (std::uint32_t high_byte = 0; high_byte <= 0xFF; ++high_byte) {
+        const std::uint32_t family = high_byte * 256;
+        for (std::uint32_t low_byte = 0; low_byte <= 0xFF; ++low_byte) {
+            EXPECT_EQ(product_family(family + low_byte), family);
+        }
     }
 }
 
 TEST_F(DriverInterface, begins_with_its_product_id_all_dark_and_no_handle) {
     const PlainDriver driver(0x24C9);
-    EXPECT_EQ(driver.product_id(), 0x24C9U);
+    EXPECT_EQ(driver.product_id_, 0x24C9U);
     EXPECT_EQ(driver.headset_leds_state_, 0);
     EXPECT_EQ(driver.hid_device(), nullptr);
 }
