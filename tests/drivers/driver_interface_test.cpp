@@ -1,9 +1,13 @@
 #include <array>
 #include <gtest/gtest.h>
+#include <type_traits>
 
+#include "drivers/jabra_cc.h"
+#include "drivers/plt_cc.h"
 #include "drivers/stdhid_cc.h"
 #include "plugin/base/headset_types.h"
 #include "tests/drivers/driver_fixture.h"
+#include "tests/support/virtual_slots.h"
 
 namespace headset_plugin::driver_test {
 namespace {
@@ -19,6 +23,24 @@ class PlainDriver final : public call_control_generic {
     using call_control_generic::headset_leds_state_;
     using call_control_generic::hid_device;
     using call_control_generic::product_id_;
+};
+
+static_assert(std::is_abstract_v<call_control_generic>);
+static_assert(std::is_base_of_v<call_control_generic, stdhid_cc>);
+static_assert(std::is_base_of_v<call_control_generic, jabra_cc>);
+static_assert(std::is_base_of_v<call_control_generic, plt_cc>);
+static_assert(std::is_base_of_v<plt_cc, plt_blackwire_cc>);
+static_assert(std::is_base_of_v<plt_blackwire_cc, plt_blackwire_7225_cc>);
+
+/// The operations by which Plantronics models differ.
+class OpenPlantronics final : public plt_cc {
+  public:
+    using plt_cc::accepts_report_id;
+    using plt_cc::mute_key_value;
+    using plt_cc::mute_report_id;
+    using plt_cc::off_hook_report_id;
+    using plt_cc::plt_cc;
+    using plt_cc::ring_report_id;
 };
 
 class DriverInterface : public DriverFixture {};
@@ -40,6 +62,27 @@ TEST(ProductFamily, is_shared_by_256_products) {
         for (std::uint32_t low_byte = 0; low_byte <= 0xFF; ++low_byte) {
             EXPECT_EQ(product_family(family + low_byte), family);
         }
+    }
+}
+
+TEST_F(DriverInterface, has_its_operations_in_this_order) {
+    using test_support::slot_of;
+    const std::uintptr_t slots[] = {
+        slot_of(&call_control_generic::set_led_event_data),
+        slot_of(&call_control_generic::process_read),
+        slot_of(&call_control_generic::set_mute_data),
+        slot_of(&call_control_generic::handle_headset_reponse),
+        slot_of(&call_control_generic::toggle_led),
+        slot_of(&call_control_generic::query_state_follow_up),
+        slot_of(&OpenPlantronics::ring_report_id),
+        slot_of(&OpenPlantronics::off_hook_report_id),
+        slot_of(&OpenPlantronics::accepts_report_id),
+        slot_of(&OpenPlantronics::mute_report_id),
+        slot_of(&OpenPlantronics::mute_key_value),
+    };
+    std::uintptr_t wanted = 2;  // after the destructor's two
+    for (const std::uintptr_t slot : slots) {
+        EXPECT_EQ(slot, wanted++);
     }
 }
 

@@ -1,29 +1,16 @@
 // The places of the operations in the interfaces between host and plug-in, which are compiled apart: an
 // operation that moves would have the other side call its neighbour.
 
-#include <bit>
-#include <cstddef>
 #include <cstdint>
 #include <gtest/gtest.h>
 
 #include "orvex/headset_plugin.h"
+#include "tests/support/virtual_slots.h"
 
 namespace {
 
 using namespace plugin_control;
-
-/// A pointer to a member function (Itanium C++ ABI, 2.3). For a virtual one `pointer` is 1 plus its offset in
-/// the virtual table, in bytes.
-struct MemberPointer {
-    std::uintptr_t pointer;
-    std::ptrdiff_t adjustment;
-};
-
-template <typename Operation>
-std::uintptr_t slot_of(Operation operation) {
-    static_assert(sizeof(Operation) == sizeof(MemberPointer));
-    return (std::bit_cast<MemberPointer>(operation).pointer - 1) / sizeof(void*);
-}
+using test_support::slot_of;
 
 struct Row {
     std::uintptr_t slot;
@@ -37,7 +24,6 @@ using ConfigListener = IPluginConfigListener;
 using CallControl = IPluginCallControlCallback;
 using Config = IPluginConfigCallback;
 
-// The destructor, declared first, has the slots 0 and 1 (Itanium C++ ABI, 2.5.2).
 const Row rows[] = {
     {slot_of(&Logger::log), 2, "log"},
 
