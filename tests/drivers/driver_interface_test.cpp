@@ -96,16 +96,16 @@ TEST_F(DriverInterface, begins_with_its_product_id_all_dark_and_no_handle) {
 TEST_F(DriverInterface, asks_for_no_follow_up_unless_a_driver_does) {
     PlainDriver driver(0);
     std::array<std::uint8_t, 4> output{};
-    for (const std::int32_t key :
-         {HEADSET_KEY_INVALID, HEADSET_KEY_END_CALL, HEADSET_KEY_MUTE, HEADSET_KEY_HOOK}) {
-        EXPECT_EQ(driver.handle_headset_reponse(key), 0U);
+    for (const std::int32_t key : key_codes) {
+        EXPECT_EQ(driver.handle_headset_reponse(key), 0U) << key;
     }
-    for (const std::uint32_t bit : {0x1U, 0x2U, 0x4U, 0x8U, 0x10U, 0x20U, 0x40U}) {
-        EXPECT_EQ(driver.toggle_led(bit, output), 0);
+    for (const std::uint32_t mask : follow_up_masks) {
+        EXPECT_EQ(driver.toggle_led(mask, output), 0) << hex(mask);
     }
-    for (std::uint32_t state = 0; state < 8; ++state) {
-        EXPECT_EQ(driver.query_state_follow_up(state), 0U);
+    for (const std::uint32_t state : headset_states) {
+        EXPECT_EQ(driver.query_state_follow_up(state), 0U) << hex(state);
     }
+    EXPECT_EQ(output, (std::array<std::uint8_t, 4>{}));
     EXPECT_TRUE(log_->lines().empty());
 }
 
@@ -139,7 +139,7 @@ TEST_F(DriverFactoryTest, gives_five_vendors_the_standard_driver_and_others_none
 TEST_F(DriverFactoryTest, gives_no_product_of_these_vendors_a_driver_of_fixed_reports) {
     for (const std::uint32_t vendor : {0x046DU, 0x047FU, 0x0B0EU}) {
         for (std::uint32_t family = 0; family <= 0xFF; ++family) {
-            for (const std::uint32_t low_byte : {0x00U, 0x41U, 0x46U, 0x5DU, 0x5EU}) {
+            for (const std::uint32_t low_byte : low_bytes) {
                 const Driver driver = create_driver(vendor, family << 8 | low_byte);
                 EXPECT_NE(dynamic_cast<stdhid_cc*>(driver.get()), nullptr) << std::hex << vendor << family;
             }

@@ -19,7 +19,6 @@ using Built = std::pair<std::int32_t, Bytes>;
 inline constexpr std::uint8_t unwritten = 0xEE;
 inline constexpr std::size_t memory_size = 8;
 inline constexpr std::size_t device_buffer_size = 4;
-inline constexpr std::uint32_t all_states = 16;  // alerting, in use, held and a flag that means nothing
 
 /// Calls `build` with a buffer of `size` bytes.
 template <typename Build>
@@ -49,6 +48,11 @@ inline std::string first_bytes(Bytes bytes) {
         text += (i == 0 ? "" : i == 4 ? ", " : " ") + hex(bytes[i]);
     }
     return text;
+}
+
+/// How a driver logs a follow-up mask.
+inline std::string toggle_text(std::uint32_t mask) {
+    return "enter, state = " + std::to_string(static_cast<std::int32_t>(mask));
 }
 
 /// Every key value of a model that is no HEADSET_KEY_INVALID.

@@ -82,42 +82,63 @@ class PlantronicsChooser : public Plantronics {};
 
 // ---- headset states
 
+enum class Shown { unknown, ringing, in_use, never };
+
+/// What is shown for alerting, in use and held in all combinations; idle is a matter of its own.
+constexpr Shown state_rows[] = {Shown::unknown, Shown::ringing, Shown::in_use, Shown::in_use,
+                                Shown::never,   Shown::never,   Shown::never,  Shown::never};
+
 Built wanted_report(const Model& model, std::uint32_t state) {
-    constexpr std::uint8_t no_known_flag = 0x01;
-    if ((state & HEADSET_STATE_HOLD) != 0) {
-        return nothing();
+    if (state == HEADSET_STATE_IDLE) {
+        return report({model.off_hook, 0});
     }
-    switch (state) {
-        case 0x0:
-            return report({model.off_hook, 0});
-        case 0x1:
-        case 0x9:
+    switch (state_rows[state % 8]) {
+        case Shown::unknown:
+            return report({0x01, 0});
+        case Shown::ringing:
             return report({model.ring, 1});
-        case 0x8:
-            return report({no_known_flag, 0});
-        default:
+        case Shown::in_use:
             return report({model.off_hook, 1});
+        case Shown::never:
+            break;
     }
+    return nothing();
 }
 
 TEST_F(Plantronics, shows_every_state_on_every_model) {
     for (const Model& model : models) {
-        for (std::uint32_t state = 0; state < all_states; ++state) {
+        for (const std::uint32_t state : headset_states) {
             const Driver driver = model.make(model.product_id);
-            EXPECT_EQ(show(*driver, state), wanted_report(model, state)) << model.name << ", state " << state;
+            EXPECT_EQ(show(*driver, state), wanted_report(model, state))
+                << model.name << ", state " << hex(state);
         }
     }
 }
 
-TEST_F(Plantronics, has_other_report_ids_in_two_of_all_families) {
-    for (std::uint32_t family = 0; family <= 0xFF; ++family) {
-        for (const std::uint32_t low_byte : {0x00U, 0xABU, 0xFFU}) {
-            plt_cc driver(family << 8 | low_byte);
-            const bool other = family == 0xAB || family == 0xAC;
-            EXPECT_EQ(show(driver, HEADSET_STATE_ALERTING),
-                      report({other ? Bytes{0x18, 1} : Bytes{0x01, 1}}));
-            EXPECT_EQ(show(driver, HEADSET_STATE_INUSE), report({other ? Bytes{0x17, 1} : Bytes{0x04, 1}}));
-            EXPECT_EQ(show_mute(driver, true), report({other ? Bytes{0x09, 1} : Bytes{0x03, 1}}));
+/// The first model of this name.
+const Model& model_of(const char* name) {
+    return *std::find_if(std::begin(models), std::end(models),
+                         [&](const Model& model) { return std::string_view(model.name) == name; });
+}
+
+TEST_F(Plantronics, is_the_same_on_all_products_but_for_the_report_ids_of_two_families) {
+    for (const std::uint32_t product_id : product_ids) {
+        const std::uint32_t family = product_id / 0x100;
+        const char* const plain = family == 0xAB ? "family AB" : family == 0xAC ? "family AC" : "family 02";
+        for (const Model* model : {&model_of(plain), &model_of("Blackwire"), &model_of("7225")}) {
+            SCOPED_TRACE(std::string(model->name) + ", " + hex(product_id));
+            const Driver driver = model->make(product_id);
+            for (std::uint32_t state = 0; state < std::size(state_rows); ++state) {
+                EXPECT_EQ(show(*driver, state), wanted_report(*model, state)) << state;
+            }
+            EXPECT_EQ(show_mute(*driver, true), report({model->mute, 1}));
+            EXPECT_EQ(toggle(*driver, 0x1), report({model->ring, unwritten}));
+            EXPECT_EQ(driver->query_state_follow_up(HEADSET_STATE_IDLE), 1U);
+            for (const unsigned id : model->accepted) {
+                for (unsigned value = 0; value < 8; ++value) {
+                    EXPECT_EQ(driver->process_read(input(id, value)), key_in(model->keys, value)) << value;
+                }
+            }
         }
     }
 }
@@ -129,25 +150,31 @@ TEST_F(Plantronics, sends_off_hook_for_ringing_beside_a_call_in_use) {
 
 TEST_F(Plantronics, never_shows_hold_and_keeps_its_record_without_a_line) {
     WithRecord<plt_cc> driver(0x0200);
-    for (const std::uint32_t before : {HEADSET_STATE_IDLE, HEADSET_STATE_INUSE}) {
-        show(driver, before);
-        const std::uint8_t old = record(driver);
-        for (const std::uint32_t beside : {0x0U, 0x1U, 0x2U, 0x3U}) {
-            EXPECT_EQ(show(driver, HEADSET_STATE_HOLD | beside), nothing());
+    for (unsigned bits = 0; bits <= 0xFF; ++bits) {
+        driver.headset_leds_state_ = static_cast<std::uint8_t>(bits);
+        for (const std::uint32_t state : {0x4U, 0x5U, 0x6U, 0x7U, 0xCU, 0x84U, 0x80000004U, 0xFFFFFFFFU}) {
+            EXPECT_EQ(show(driver, state), nothing()) << hex(state);
             EXPECT_EQ(log_->lines(), Lines{});
-            EXPECT_EQ(record(driver), old);
+            EXPECT_EQ(record(driver), bits);
         }
     }
 }
 
 TEST_F(Plantronics, records_and_logs_whether_it_rings_or_is_in_use) {
-    WithRecord<plt_cc> driver(0x0200);
-    for (const std::uint32_t state : {0x1U, 0x0U, 0x2U, 0x8U, 0x3U, 0x0U, 0x9U, 0xAU}) {
-        show(driver, state);
-        const unsigned lit = (state & 0x3) != 0 ? 1 : 0;
-        EXPECT_EQ(record(driver), lit) << state;
-        EXPECT_EQ(log_->lines(), (Lines{line("set_led_event_data", "state =" + hex(lit)),
-                                        line("set_led_event_data", "exit")}));
+    constexpr unsigned lit_rows[] = {0, 1, 1, 1};
+    for (const unsigned before : {0x00U, 0x01U, 0xFFU}) {
+        for (const std::uint32_t state : headset_states) {
+            if (state_rows[state % 8] == Shown::never) {
+                continue;
+            }
+            WithRecord<plt_cc> driver(0x0200);
+            driver.headset_leds_state_ = static_cast<std::uint8_t>(before);
+            show(driver, state);
+            const unsigned lit = lit_rows[state % 4];
+            EXPECT_EQ(record(driver), lit) << hex(state);
+            EXPECT_EQ(log_->lines(), (Lines{line("set_led_event_data", "state =" + hex(lit)),
+                                            line("set_led_event_data", "exit")}));
+        }
     }
 }
 
@@ -159,6 +186,7 @@ TEST_F(Plantronics, writes_between_its_two_lines) {
     driver.set_led_event_data(HEADSET_STATE_INUSE, output);
     log_->on_line({});
     EXPECT_EQ(at_lines, (std::vector<Bytes>{{unwritten, unwritten}, {0x04, 1}}));
+    EXPECT_EQ(output, (Bytes{0x04, 1}));
 }
 
 TEST_F(Plantronics, logs_its_own_name_on_every_model) {
@@ -171,15 +199,13 @@ TEST_F(Plantronics, logs_its_own_name_on_every_model) {
 }
 
 TEST_F(Plantronics, records_a_state_whose_report_does_not_fit) {
-    for (std::size_t size = 0; size < 2; ++size) {
+    for (std::size_t size = 0; size <= memory_size; ++size) {
         WithRecord<plt_cc> driver(0x0200);
-        EXPECT_EQ(show(driver, HEADSET_STATE_INUSE, size), nothing());
+        EXPECT_EQ(show(driver, HEADSET_STATE_INUSE, size), size < 2 ? nothing() : report({0x04, 1})) << size;
         EXPECT_EQ(record(driver), 1);
         EXPECT_EQ(log_->lines(),
                   (Lines{line("set_led_event_data", "state =0x1"), line("set_led_event_data", "exit")}));
     }
-    WithRecord<plt_cc> driver(0x0200);
-    EXPECT_EQ(show(driver, HEADSET_STATE_INUSE, 2), report({0x04, 1}));
 }
 
 // ---- mute
@@ -206,10 +232,22 @@ TEST_F(PlantronicsMute, logs_the_record_and_leaves_it_alone) {
 
 TEST_F(PlantronicsMute, needs_a_buffer_of_three_bytes_for_its_two) {
     plt_cc driver(0x0200);
-    for (std::size_t size = 0; size <= device_buffer_size; ++size) {
+    EXPECT_EQ(driver.set_mute_data(true, {}), -1);
+    for (std::size_t size = 0; size <= memory_size; ++size) {
         EXPECT_EQ(show_mute(driver, true, size), size < 3 ? nothing() : report({0x03, 1})) << size;
         EXPECT_EQ(log_->lines().size(), size < 3 ? 0U : 1U) << size;
     }
+}
+
+TEST_F(PlantronicsMute, is_written_after_its_line) {
+    plt_cc driver(0x0200);
+    Bytes output(3, unwritten);
+    std::vector<Bytes> at_lines;
+    log_->on_line([&](const std::string&) { at_lines.push_back(output); });
+    driver.set_mute_data(true, output);
+    log_->on_line({});
+    EXPECT_EQ(at_lines, (std::vector<Bytes>{{unwritten, unwritten, unwritten}}));
+    EXPECT_EQ(output, (Bytes{0x03, 1, unwritten}));
 }
 
 // ---- input reports
@@ -235,14 +273,13 @@ TEST_F(PlantronicsRead, ignores_every_other_report_id_without_another_line) {
     for (const Model& model : models) {
         const Driver driver = model.make(model.product_id);
         for (unsigned id = 0; id <= 0xFF; ++id) {
-            const bool accepted =
-                std::find(model.accepted.begin(), model.accepted.end(), id) != model.accepted.end();
-            // A key value that is unknown to all would be logged.
-            for (const unsigned value : {0x00U, 0x01U, 0x77U}) {
-                const std::int32_t key = key_in(model.keys, value);
-                EXPECT_EQ(read(*driver, input(id, value)), accepted ? key : HEADSET_KEY_INVALID)
-                    << model.name << ", " << id;
-                EXPECT_EQ(log_->lines().size(), accepted && key == HEADSET_KEY_INVALID ? 2U : 1U);
+            if (std::find(model.accepted.begin(), model.accepted.end(), id) != model.accepted.end()) {
+                continue;
+            }
+            // 0x77, a key value that is unknown to all, would be logged.
+            for (const unsigned value : {0x00U, 0x01U, 0x02U, 0x03U, 0x05U, 0x77U}) {
+                EXPECT_EQ(read(*driver, input(id, value)), HEADSET_KEY_INVALID) << model.name << ", " << id;
+                EXPECT_EQ(log_->lines(), Lines{line("process_read", first_bytes(input(id, value)))});
             }
         }
     }
@@ -296,8 +333,9 @@ TEST_F(PlantronicsRead, finds_no_key_in_a_report_that_ends_before_it) {
     for (const Model& model : models) {
         const Driver driver = model.make(model.product_id);
         for (unsigned id = 0; id <= 0xFF; ++id) {
-            EXPECT_EQ(read(*driver, Bytes{static_cast<std::uint8_t>(id)}), HEADSET_KEY_INVALID);
-            EXPECT_EQ(log_->lines().size(), 1U);
+            const Bytes report = {static_cast<std::uint8_t>(id)};
+            EXPECT_EQ(read(*driver, report), HEADSET_KEY_INVALID);
+            EXPECT_EQ(log_->lines(), Lines{line("process_read", first_bytes(report))});
         }
     }
 }
@@ -307,7 +345,7 @@ TEST_F(PlantronicsRead, finds_no_key_in_a_report_that_ends_before_it) {
 TEST_F(PlantronicsFollowUp, to_a_key_is_a_toggle_after_the_hook_alone) {
     for (const Model& model : models) {
         const Driver driver = model.make(model.product_id);
-        for (std::int32_t key = HEADSET_KEY_INVALID; key <= HEADSET_KEY_32; ++key) {
+        for (const std::int32_t key : key_codes) {
             EXPECT_EQ(driver->handle_headset_reponse(key), key == 2 ? 1U : 0U) << key;
         }
     }
@@ -327,11 +365,13 @@ TEST_F(PlantronicsFollowUp, toggles_with_the_ring_report_and_the_callers_value) 
 }
 
 TEST_F(PlantronicsFollowUp, toggles_for_no_other_bit) {
-    plt_cc driver(0x0200);
-    for (const std::uint32_t bit :
-         {0x0U, 0x2U, 0x3U, 0x4U, 0x8U, 0x10U, 0x11U, 0x20U, 0x40U, 0x80U, 0x101U}) {
-        EXPECT_EQ(toggle(driver, bit), nothing(0)) << bit;
-        EXPECT_EQ(log_->lines(), Lines{line("toggle_led", "enter, state = " + std::to_string(bit))});
+    for (const Model& model : models) {
+        const Driver driver = model.make(model.product_id);
+        for (const std::uint32_t mask : follow_up_masks) {
+            EXPECT_EQ(toggle(*driver, mask), mask == 0x1 ? report({model.ring, unwritten}) : nothing(0))
+                << hex(mask);
+            EXPECT_EQ(log_->lines(), Lines{line("toggle_led", toggle_text(mask))});
+        }
     }
 }
 
@@ -345,7 +385,7 @@ TEST_F(PlantronicsFollowUp, logs_the_bit_and_leaves_the_record_alone) {
 
 TEST_F(PlantronicsFollowUp, needs_room_for_a_report) {
     plt_cc driver(0x0200);
-    for (std::size_t size = 0; size <= device_buffer_size; ++size) {
+    for (std::size_t size = 0; size <= memory_size; ++size) {
         Built wanted = report({0x01, unwritten});
         EXPECT_EQ(toggle(driver, 0x1, size), size < 2 ? nothing() : wanted) << size;
     }
@@ -355,9 +395,9 @@ TEST_F(PlantronicsFollowUp, to_idle_is_a_toggle_unless_the_record_forbids_it) {
     WithRecord<plt_cc> driver(0x0200);
     for (unsigned bits = 0; bits <= 0xFF; ++bits) {
         driver.headset_leds_state_ = static_cast<std::uint8_t>(bits);
-        for (std::uint32_t state = 0; state < all_states; ++state) {
-            EXPECT_EQ(driver.query_state_follow_up(state), state == 0 && (bits & 0x02) == 0 ? 1U : 0U)
-                << bits << ", " << state;
+        for (const std::uint32_t state : headset_states) {
+            const bool asks = state == 0 && bits % 4 < 2;
+            EXPECT_EQ(driver.query_state_follow_up(state), asks ? 1U : 0U) << bits << ", " << hex(state);
         }
     }
     EXPECT_EQ(log_->lines(), Lines{});
@@ -366,10 +406,11 @@ TEST_F(PlantronicsFollowUp, to_idle_is_a_toggle_unless_the_record_forbids_it) {
 TEST_F(PlantronicsFollowUp, to_idle_is_a_toggle_whatever_was_shown) {
     for (const Model& model : models) {
         const Driver driver = model.make(model.product_id);
-        for (std::uint32_t shown = 0; shown < all_states; ++shown) {
+        for (const std::uint32_t shown : headset_states) {
             show(*driver, shown);
             show_mute(*driver, true);
-            EXPECT_EQ(driver->query_state_follow_up(HEADSET_STATE_IDLE), 1U) << model.name << ", " << shown;
+            EXPECT_EQ(driver->query_state_follow_up(HEADSET_STATE_IDLE), 1U)
+                << model.name << ", " << hex(shown);
         }
     }
 }
@@ -384,16 +425,16 @@ TEST_F(PlantronicsFollowUp, to_a_hook_key_is_the_ring_report) {
 // ---- who makes them
 
 TEST_F(PlantronicsChooser, goes_by_the_high_byte_of_16_alone) {
-    for (std::uint32_t family = 0; family <= 0xFF; ++family) {
-        for (const std::uint32_t rest : {0x00U, 0x56U, 0xFFU, 0x10000U, 0xC0430000U}) {
-            const std::uint32_t product_id = family << 8 | rest;
-            const Driver driver = create_plantronics_driver(product_id);
+    for (const std::uint32_t product_id : product_ids) {
+        for (const std::uint32_t above : {0x0U, 0x10000U, 0xC0430000U}) {
+            const Driver driver = create_plantronics_driver(above + product_id);
             ASSERT_NE(driver, nullptr);
             const auto& made = *driver;
+            const std::uint32_t family = product_id / 0x100;
             const auto& wanted = family == 0xC0   ? typeid(plt_blackwire_cc)
                                  : family == 0x43 ? typeid(plt_blackwire_7225_cc)
                                                   : typeid(plt_cc);
-            EXPECT_TRUE(typeid(made) == wanted) << hex(product_id);
+            EXPECT_TRUE(typeid(made) == wanted) << hex(above + product_id);
         }
     }
 }

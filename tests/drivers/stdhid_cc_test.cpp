@@ -98,12 +98,14 @@ static_assert(std::size(state_rows) == all_states);
 
 TEST_F(StdHid, records_every_state_and_keeps_mute) {
     for (const unsigned mute : {0x00U, 0x02U}) {
-        for (const StateRow& row : state_rows) {
+        for (const std::uint32_t state : headset_states) {
+            const StateRow& row = state_rows[state % all_states];
             driver_.set_mute_data(mute != 0, {});
             driver_.set_led_event_data(HEADSET_STATE_IDLE, {});
             log_->clear();
-            driver_.set_led_event_data(row.state, {});
-            EXPECT_EQ(log_->lines(), Lines{line("set_led_event_data", changed(mute, row.bits | mute))});
+            EXPECT_EQ(driver_.set_led_event_data(state, {}), -1);
+            EXPECT_EQ(log_->lines(), Lines{line("set_led_event_data", changed(mute, row.bits + mute))})
+                << hex(state);
         }
     }
 }
@@ -225,6 +227,17 @@ TEST_F(StdHidModels, show_with_every_state_what_was_recorded_without_a_handle) {
     }
 }
 
+TEST_F(StdHidModels, take_flags_that_mean_nothing_for_no_state_but_not_for_idle) {
+    for (const ModelRow& row : model_rows) {
+        lend(open_model(row.model));
+        for (const std::uint32_t state : headset_states) {
+            // Off-hook, where a state does not name it, stays as idle left it.
+            show(HEADSET_STATE_IDLE);
+            EXPECT_EQ(show(state), row.unmuted[column(state)]) << row.model << ", " << hex(state);
+        }
+    }
+}
+
 TEST_F(StdHidModels, are_all_those_of_the_vendors_that_have_the_driver) {
     for (const HeadsetModel* model : models()) {
         const auto* const row =
@@ -324,6 +337,58 @@ TEST_F(StdHid, never_writes_past_a_buffer_that_is_shorter_than_the_report) {
     EXPECT_EQ(output, (std::array<std::uint8_t, 6>{0x05, 0x01, 0, 0, 0, 0}));
 }
 
+TEST_F(StdHid, builds_reports_in_buffers_of_their_length_and_above) {
+    lend(open_model("jabra-link-380c"));
+    const auto built_in = [](std::size_t size, const auto& build) {
+        Bytes output(size, unwritten);
+        const std::int32_t length = build(output);
+        return std::pair(length, output);
+    };
+    for (std::size_t size = 0; size <= 8; ++size) {
+        SCOPED_TRACE(size);
+        const bool fits = size >= 3;  // the length of its reports
+        const auto wanted = [&](Bytes report) {
+            report.resize(size, unwritten);
+            return fits ? std::pair(3, report) : std::pair(-1, Bytes(size, unwritten));
+        };
+        driver_.set_led_event_data(HEADSET_STATE_IDLE, {});
+        driver_.set_mute_data(false, {});
+        log_->clear();
+        EXPECT_EQ(
+            built_in(size, [&](auto& out) { return driver_.set_led_event_data(HEADSET_STATE_INUSE, out); }),
+            wanted({0x02, 0x01, 0x00}));
+        EXPECT_EQ(built_in(size, [&](auto& out) { return driver_.set_mute_data(true, out); }),
+                  wanted({0x02, 0x05, 0x00}));
+        EXPECT_EQ(built_in(size, [&](auto& out) { return driver_.toggle_led(revert_bit, out); }),
+                  wanted({0x02, 0x05, 0x00}));
+        EXPECT_EQ(log_->lines_with("byte-values").size(), fits ? 3U : 0U);
+        EXPECT_EQ(leds_state(), "0x3");
+    }
+}
+
+TEST_F(StdHid, has_nothing_to_write_without_a_buffer_where_the_headset_has_no_output_report) {
+    lend(open_plugged(plug(platform_.bus(), described(telephony({usage(0x2F), input(variable)})))));
+    EXPECT_EQ(driver_.set_led_event_data(HEADSET_STATE_INUSE, {}), -1);
+    EXPECT_EQ(driver_.set_mute_data(true, {}), -1);
+    EXPECT_EQ(show(HEADSET_STATE_INUSE), Bytes{});
+    EXPECT_EQ(show_mute(true), Bytes{});
+    EXPECT_EQ(leds_state(), "0x3");
+}
+
+TEST_F(StdHid, is_the_same_on_all_products) {
+    const HidHandle handle = open_model("jabra-link-380c");
+    for (const std::uint32_t product_id : product_ids) {
+        stdhid_cc driver(product_id);
+        driver.set_hid_device(handle);
+        log_->clear();
+        Output output{};
+        EXPECT_EQ(driver.set_led_event_data(HEADSET_STATE_INUSE, output), 3) << hex(product_id);
+        EXPECT_EQ(output, (Output{0x02, 0x01, 0x00})) << hex(product_id);
+        EXPECT_EQ(driver.process_read(Bytes{0x02, 0x08, 0x00}), HEADSET_KEY_MUTE) << hex(product_id);
+        EXPECT_EQ(driver.handle_headset_reponse(HEADSET_KEY_INVALID), revert_bit) << hex(product_id);
+    }
+}
+
 // ---- input reports
 
 TEST_F(StdHidRead, finds_the_mute_key_and_no_hook_key) {
@@ -332,6 +397,45 @@ TEST_F(StdHidRead, finds_the_mute_key_and_no_hook_key) {
     EXPECT_EQ(log_->lines().front(), line("process_read", "read-len=3, byte-values: 02 08 00 "));
     EXPECT_EQ(driver_.process_read(Bytes{0x02, 0x01, 0x00}), HEADSET_KEY_INVALID);
     EXPECT_EQ(driver_.process_read(Bytes{0x02, 0x00, 0x00}), HEADSET_KEY_INVALID);
+}
+
+TEST_F(StdHidRead, finds_mute_in_one_bit_of_all_bytes) {
+    lend(open_model("jabra-link-380c"));
+    for (unsigned value = 0; value <= 0xFF; ++value) {
+        const auto byte = static_cast<std::uint8_t>(value);
+        EXPECT_EQ(driver_.process_read(Bytes{0x02, byte, 0x00}),
+                  value % 0x10 >= 0x08 ? HEADSET_KEY_MUTE : HEADSET_KEY_INVALID)
+            << hex(value);
+        EXPECT_EQ(driver_.process_read(Bytes{0x02, 0x00, byte}), HEADSET_KEY_INVALID) << hex(value);
+        log_->clear();
+    }
+}
+
+TEST_F(StdHidRead, keeps_what_reports_of_other_ids_leave_as_it_was) {
+    lend(open_model("jabra-link-380c"));
+    for (const std::uint8_t held : Bytes{0x00, 0x08}) {
+        const std::int32_t key = held != 0 ? HEADSET_KEY_MUTE : HEADSET_KEY_INVALID;
+        EXPECT_EQ(driver_.process_read(Bytes{0x02, held, 0x00}), key);
+        for (unsigned id = 0; id <= 0xFF; ++id) {
+            if (id == 0x02) {
+                continue;
+            }
+            for (const std::uint8_t value : Bytes{0x00, 0x08, 0xFF}) {
+                EXPECT_EQ(driver_.process_read(Bytes{static_cast<std::uint8_t>(id), value, value}), key)
+                    << hex(id) << ", " << hex(value);
+            }
+            log_->clear();
+        }
+    }
+}
+
+TEST_F(StdHidRead, takes_missing_bytes_for_zeros_and_logs_those_that_came) {
+    lend(open_model("jabra-link-380c"));
+    EXPECT_EQ(driver_.process_read(Bytes{0x02, 0x08}), HEADSET_KEY_MUTE);
+    EXPECT_EQ(log_->lines().front(), line("process_read", "read-len=2, byte-values: 02 08 "));
+    log_->clear();
+    EXPECT_EQ(driver_.process_read(Bytes{0x02}), HEADSET_KEY_INVALID);
+    EXPECT_EQ(log_->lines().front(), line("process_read", "read-len=1, byte-values: 02 "));
 }
 
 TEST_F(StdHidRead, logs_every_byte_of_a_long_report) {
@@ -358,12 +462,16 @@ TEST_F(StdHidRead, finds_nothing_without_a_handle) {
 // ---- follow-ups
 
 TEST_F(StdHidFollowUp, to_a_report_without_a_key_is_asked_for_while_in_use) {
-    for (const StateRow& row : state_rows) {
-        driver_.set_led_event_data(row.state, {});
-        const bool in_use = (row.bits & 0x01) != 0;
-        EXPECT_EQ(driver_.handle_headset_reponse(HEADSET_KEY_INVALID), in_use ? revert_bit : 0U) << row.state;
-        for (const std::int32_t key : {HEADSET_KEY_END_CALL, HEADSET_KEY_MUTE, HEADSET_KEY_HOOK}) {
-            EXPECT_EQ(driver_.handle_headset_reponse(key), 0U) << row.state;
+    for (const bool mute : {false, true}) {
+        driver_.set_mute_data(mute, {});
+        for (const std::uint32_t state : headset_states) {
+            driver_.set_led_event_data(state, {});
+            const bool in_use = state_rows[state % all_states].bits % 2 == 1;
+            for (const std::int32_t key : key_codes) {
+                EXPECT_EQ(driver_.handle_headset_reponse(key), in_use && key < 0 ? revert_bit : 0U)
+                    << hex(state) << ", " << key;
+            }
+            log_->clear();
         }
     }
 }
@@ -403,10 +511,13 @@ TEST_F(StdHidFollowUp, needs_its_own_bit_alone) {
     lend(open_model("jabra-link-380c"));
     show(HEADSET_STATE_INUSE);
     log_->clear();
-    for (const std::uint32_t bit : {0x0U, 0x1U, 0x2U, 0x4U, 0x8U, 0x10U, 0x20U, 0x41U, 0x80U}) {
-        EXPECT_EQ(toggle(bit), Bytes{}) << bit;
+    for (const std::uint32_t mask : follow_up_masks) {
+        if (mask != revert_bit) {
+            EXPECT_EQ(toggle(mask), Bytes{}) << hex(mask);
+        }
     }
     EXPECT_TRUE(log_->lines().empty());
+    EXPECT_EQ(toggle(revert_bit), (Bytes{0x02, 0x01, 0x00}));
 }
 
 TEST_F(StdHidFollowUp, needs_the_in_use_indicator) {
@@ -427,11 +538,17 @@ TEST_F(StdHidFollowUp, needs_a_handle_and_a_buffer) {
 }
 
 TEST_F(StdHidFollowUp, to_a_state_is_unmuting_when_idle_and_nothing_else) {
-    for (const StateRow& row : state_rows) {
-        EXPECT_EQ(driver_.query_state_follow_up(row.state), row.state == HEADSET_STATE_IDLE ? 4U : 0U)
-            << row.state;
+    for (const bool mute : {false, true}) {
+        driver_.set_mute_data(mute, {});
+        for (const StateRow& shown : state_rows) {
+            driver_.set_led_event_data(shown.state, {});
+            log_->clear();
+            for (const std::uint32_t state : headset_states) {
+                EXPECT_EQ(driver_.query_state_follow_up(state), state == 0 ? 4U : 0U) << hex(state);
+            }
+            EXPECT_TRUE(log_->lines().empty());
+        }
     }
-    EXPECT_TRUE(log_->lines().empty());
 }
 
 // ---- threads
