@@ -118,9 +118,10 @@ std::vector<ListedNode> list(System& system) {
 
 std::string to_text(const std::vector<ListedNode>& nodes) {
     std::string text;
-    for (const auto& node : nodes)
-        text += (text.empty() ? "" : "\n") + heading(node) + permission_text(node) +
-                interfaces_table(node).to_string();
+    for (const auto& node : nodes) {
+        text += text.empty() ? "" : "\n";
+        text += heading(node) + permission_text(node) + interfaces_table(node).to_string();
+    }
     return text.empty() ? "There is no HID device.\n" : text;
 }
 
