@@ -67,9 +67,11 @@ function(orvex_exporting_library target)
   set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 endfunction()
 
-# A plug-in library as a host loads it: the exports of the folders named, over the layers on one platform.
+# A plug-in library as a host loads it: the exports of the folders named, over the layers on one platform. The drivers
+# are all in it, those too that no headset is given: the linker would leave out what nothing refers to.
 function(orvex_plugin_library target)
   cmake_parse_arguments(PLUGIN "" "PLATFORM" "EXPORTS" ${ARGN})
   orvex_exporting_library(${target} ${PLUGIN_EXPORTS})
+  target_sources(${target} PRIVATE $<TARGET_OBJECTS:orvex_drivers>)
   orvex_link_plugin(${target} ${PLUGIN_PLATFORM})
 endfunction()
