@@ -37,7 +37,7 @@ endfunction()
 # The exported functions of one folder, as objects: a plug-in library is made of these and of what they need.
 function(orvex_exports folder)
   orvex_layer_target(target ${folder})
-  file(GLOB sources CONFIGURE_DEPENDS ${folder}/*.cpp)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.cpp)
   add_library(${target} OBJECT ${sources})
   target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/include)
   target_include_directories(${target} SYSTEM PUBLIC ${HIDAPI_INCLUDE_DIR})
@@ -64,7 +64,8 @@ function(orvex_exporting_library target)
   # way out after the host's dlclose must find its code mapped.
   target_link_options(${target} PRIVATE LINKER:--version-script=${map} LINKER:-Bsymbolic LINKER:-z,nodelete
                       LINKER:-z,relro LINKER:-z,now)
-  set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+  set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib
+                        VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
 endfunction()
 
 # A plug-in library as a host loads it: the exports of the folders named, over the layers on one platform. The drivers

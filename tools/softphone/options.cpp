@@ -27,7 +27,7 @@ constexpr const char* footer =
 
 std::variant<Options, int> parse_options(int argc, const char* const* argv) {
     Options options;
-    options.library = library_path(virtual_library_name);
+    options.library = virtual_library_path();
     bool real = false;
     CLI::App app(description, "softphone");
     app.footer(footer);
@@ -54,7 +54,7 @@ std::variant<Options, int> parse_options(int argc, const char* const* argv) {
         return app.exit(error) == 0 ? exit_ok : exit_bad_command;
     }
     if (real)
-        options.library = library_path(product_library_name);
+        options.library = product_library_path();
     return options;
 }
 

@@ -40,6 +40,17 @@ VirtualApi look_up_virtual_api(void* handle) {
     return api;
 }
 
+std::string library_path(const char* name) {
+    std::error_code error;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
+    for (const char* folder : {SOFTPHONE_BUILT_LIBRARIES, SOFTPHONE_INSTALLED_LIBRARIES}) {
+        const auto path = (program.parent_path() / folder / name).lexically_normal();
+        if (!error && std::filesystem::exists(path, error))
+            return path.string();
+    }
+    return name;
+}
+
 }  // namespace
 
 void PluginLibrary::Closer::operator()(void* handle) const {
@@ -81,11 +92,12 @@ std::vector<FoundHeadset> PluginLibrary::find_headsets() const {
     return found;
 }
 
-std::string library_path(const char* name) {
-    std::error_code error;
-    const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
-    const auto beside = program.parent_path().parent_path() / "lib" / name;
-    return !error && std::filesystem::exists(beside, error) ? beside.string() : name;
+std::string virtual_library_path() {
+    return library_path(SOFTPHONE_VIRTUAL_LIBRARY);
+}
+
+std::string product_library_path() {
+    return library_path(SOFTPHONE_PRODUCT_LIBRARY);
 }
 
 }  // namespace softphone

@@ -67,11 +67,9 @@ class PluginLibrary {
     decltype(&hid_free_enumeration) hid_free_enumeration_;
 };
 
-inline constexpr const char* virtual_library_name = "liborvex_headset_plugin_virtual.so";
-inline constexpr const char* product_library_name = "liborvex_headset_plugin.so";
-
-/// Where a library is looked for without a path: beside the program's folder, as a build and an installation
-/// have it, else by its name where the system's loader looks.
-std::string library_path(const char* name);
+/// Where a plug-in library is looked for without a path: in the library folder that belongs to the program's,
+/// as a build and an installation have it, else by its name where the system's loader looks.
+std::string virtual_library_path();
+std::string product_library_path();
 
 }  // namespace softphone

@@ -1,0 +1,11 @@
+// A client that is linked with the plug-in on virtual headsets.
+#include "session.h"
+
+int main() {
+    const auto log = std::make_shared<Log>();
+    const bool passed = run_session(
+        *plugin_control::createPluginControl(log),
+        {orvex_virtual_plug, orvex_virtual_serial, orvex_virtual_press, orvex_virtual_wait_indicator});
+    plugin_control::stopPluginControl();
+    return passed ? 0 : 1;
+}
