@@ -11,7 +11,7 @@
 ///   auto listener = std::make_shared<MyListener>();
 ///   control->setCallControlListener(listener);
 ///   control->setAudioDevice("usb-0b0e-24c9-A1B2C3", "Jabra Link 380c", "A1B2C3");
-///   control->incomingCall("", "42", true);   // the headset shows the call
+///   control->incomingCall("", "42", true);   // rings
 ///   control->connectCall("", "42");          // the off-hook indicator is lit
 ///   ...
 ///   plugin_control::stopPluginControl();
