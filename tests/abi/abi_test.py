@@ -99,8 +99,8 @@ class Interface(unittest.TestCase):
             # Data.
             (PLUGIN, "    bool mute = false;", "    std::int32_t line = 0;\n    bool mute = false;"),
             (PLUGIN, "CALL_STATE_HOLD = 3,", "CALL_STATE_HOLD = 4,"),
-            (VIRTUAL, "    uint16_t product_id; ", "    uint32_t product_id; "),
-            (VIRTUAL, "    uint64_t time_us;      /**< micro", "    uint32_t time_us;      /**< micro"),
+            (VIRTUAL, "    uint16_t product_id;", "    uint32_t product_id;"),
+            (VIRTUAL, "    uint64_t time_us;", "    uint32_t time_us;"),
             (VIRTUAL, "ORVEX_VIRTUAL_FAULT_WRITE_FAILS = 3,", "ORVEX_VIRTUAL_FAULT_WRITE_FAILS = 9,"),
         )
         untouched = dict(self.headers)
