@@ -128,8 +128,10 @@ TEST(LoadDescriptor, says_what_is_wrong_and_where) {
     const TemporaryFile file("05 0B zz");
     EXPECT_EQ(text_of<Refused>([&] { load_descriptor(file.path(), nothing); }),
               file.path() + ": \"zz\" is not hexadecimal");
-    EXPECT_EQ(text_of<UsageError>([&] { load_descriptor("no/such.hid", nothing); }),
-              "there is no file of this name, and \"no/such.hid\" is not hexadecimal");
+    EXPECT_EQ(text_of<UsageError>([&] { load_descriptor("no_such.hid", nothing); }),
+              "there is no file of this name, and \"no_such.hid\" is not hexadecimal");
+    EXPECT_EQ(text_of<UsageError>([&] { load_descriptor("/dev/no_such_node", nothing); }),
+              "there is no file or device \"/dev/no_such_node\"");
     EXPECT_EQ(text_of<UsageError>([&] { load_descriptor("/", nothing); }), "/: is a directory");
     std::istringstream words("some words");
     EXPECT_EQ(text_of<Refused>([&] { load_descriptor("-", words); }),

@@ -152,6 +152,8 @@ Descriptor load_descriptor(const std::string& argument, std::istream& input) {
     std::error_code ignored;
     if (std::filesystem::exists(argument, ignored))
         return read_named(argument, read_file(argument));
+    if (argument.find('/') != std::string::npos)
+        throw UsageError("there is no file or device \"" + argument + "\"");
     try {
         return {parse_hex(argument)};
     } catch (const Refused& error) {
