@@ -28,10 +28,6 @@ constexpr const char* unknown_vendor = "Unknown";
 /// The only kind of report that carries a key.
 constexpr std::uint32_t key_report = 8;
 
-/// The order in which follow-up bits are served; each writes a report of its own.
-constexpr std::array<std::uint32_t, 7> follow_up_order = {
-    follow_up_toggle, 0x2, follow_up_unmute, 0x8, 0x20, 0x10, follow_up_show_in_use};
-
 constexpr int no_hook_key = -1;
 
 std::atomic<KeyCallback> g_key_callback{nullptr};

@@ -1,6 +1,7 @@
 // What a headset's report dialect looks like to the device that owns it.
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -16,6 +17,10 @@ namespace headset_plugin {
 inline constexpr std::uint32_t follow_up_toggle = 0x1;
 inline constexpr std::uint32_t follow_up_unmute = 0x4;
 inline constexpr std::uint32_t follow_up_show_in_use = 0x40;
+
+/// The order in which the device serves the bits; each gives a report of its own.
+inline constexpr std::array<std::uint32_t, 7> follow_up_order = {
+    follow_up_toggle, 0x2, follow_up_unmute, 0x8, 0x20, 0x10, follow_up_show_in_use};
 
 /// The family of a product is the high byte of its 16-bit id.
 inline constexpr std::uint32_t product_family_mask = 0xFF00;

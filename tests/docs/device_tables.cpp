@@ -312,7 +312,7 @@ std::string after_key(FreshDriver driver, std::uint32_t state, std::int32_t key)
     driver.show(state);
     const std::uint32_t follow_up = driver.driver->handle_headset_reponse(key);
     Cells reports;
-    for (std::uint32_t bit = 1; bit <= follow_up_show_in_use; bit <<= 1) {
+    for (const std::uint32_t bit : follow_up_order) {
         if ((follow_up & bit) != 0) {
             reports.push_back(report_words(driver.toggle(bit)));
         }

@@ -13,6 +13,7 @@
 
 #include "device/vendor_names.h"
 #include "drivers/driver_factory.h"
+#include "drivers/stdhid_cc.h"
 #include "platform/virtual/headsets/model.h"
 #include "tests/docs/markdown_table.h"
 #include "tests/support/reference_data.h"
@@ -208,18 +209,19 @@ void print_headsets() {
 void print_vendors() {
     struct Vendor {
         Cells ids{};
-        bool has_driver = true;
+        bool is_standard = true;
     };
     std::map<std::string, Vendor> vendors;
     for (const auto& [vendor_id, name] : headset_plugin::vendor_names()) {
         Vendor& vendor = vendors[name];
         vendor.ids.push_back(tools::to_hex16(static_cast<unsigned>(vendor_id)));
-        vendor.has_driver = vendor.has_driver && headset_plugin::create_driver(
-                                                     static_cast<std::uint32_t>(vendor_id), 0) != nullptr;
+        const auto driver = headset_plugin::create_driver(static_cast<std::uint32_t>(vendor_id), 0);
+        vendor.is_standard =
+            vendor.is_standard && std::dynamic_pointer_cast<headset_plugin::stdhid_cc>(driver);
     }
     MarkdownTable table("vendors", {"Vendor", "Ids", "Driver"});
     for (const auto& [name, vendor] : vendors) {
-        table.add({name, joined(vendor.ids, ", "), vendor.has_driver ? code("stdhid_cc") : nothing});
+        table.add({name, joined(vendor.ids, ", "), vendor.is_standard ? code("stdhid_cc") : nothing});
     }
     table.print();
 }
