@@ -10,7 +10,8 @@ import sys
 import tempfile
 import unittest
 
-import abi
+sys.dont_write_bytecode = True  # not into the source tree
+import abi  # noqa: E402
 
 ROOT = COMPILER = ""
 

@@ -80,6 +80,14 @@ def parsed(arguments):
     return options
 
 
+def advice(options):
+    # A program that knows some of the rows only would take away the others.
+    if options.rows:
+        return "Change these rows by hand, or bring the table up to date where all of the program's data is there."
+    command = shlex.join(["python3", __file__, "--update", str(options.document), *options.generator])
+    return f"To bring it up to date: {command}"
+
+
 def main(arguments):
     options = parsed(arguments)
     if options.needs and not options.needs.is_dir():
@@ -94,8 +102,7 @@ def main(arguments):
     agrees = has_rows_of if options.rows else str.__eq__
     found = list(problems(wanted, tables_in(document, options.document), agrees))
     if found:
-        command = shlex.join(["python3", __file__, "--update", str(options.document), *options.generator])
-        sys.exit("\n".join([f"{options.document} is not what the code does:", *found, f"To bring it up to date: {command}"]))
+        sys.exit("\n".join([f"{options.document} is not what the code does:", *found, advice(options)]))
 
 
 if __name__ == "__main__":

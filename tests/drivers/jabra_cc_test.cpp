@@ -245,8 +245,7 @@ TEST_F(JabraRead, logs_every_other_report_id_except_04) {
             if (id == 0x02) {
                 continue;
             }
-            for (const unsigned value :
-                 {0x00U, 0x01U, 0x02U, 0x05U, 0x06U, 0x07U, 0x0AU, 0x0FU, 0x1BU, 0x20U, 0x30U, 0x77U}) {
+            for (const unsigned value : key_values) {
                 EXPECT_EQ(read(driver, input(id, value)), HEADSET_KEY_INVALID)
                     << hex(product.id) << ", " << id;
                 Lines wanted = {line("process_read", first_bytes(input(id, value)))};

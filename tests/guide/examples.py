@@ -97,8 +97,9 @@ def lay_out(folder, root, library):
     (folder / "include").symlink_to(root / "include")
     libraries = folder / "build/demo/lib"
     libraries.mkdir(parents=True)
+    major = library.name.split(".so.")[1].split(".")[0]
     for name in LIBRARIES:
-        for suffix in (".so", ".so.1"):
+        for suffix in (".so", f".so.{major}"):
             (libraries / f"lib{name}{suffix}").symlink_to(library)
     return libraries
 

@@ -12,6 +12,7 @@ import pathlib
 import pty
 import re
 import select
+import shlex
 import signal
 import subprocess
 import sys
@@ -73,7 +74,7 @@ class Bash:
                 os.chdir(folder)
                 os.execve(self.bash, [self.bash, "--norc", "--noprofile", "-i"], {"TERM": "dumb", "HOME": folder})
             try:
-                os.write(terminal, f"source {self.file}\n{line}\t".encode())
+                os.write(terminal, f"source {shlex.quote(str(self.file))}\n{line}\t".encode())
                 shown = wait_for(terminal, wanted)
             finally:
                 os.close(terminal)

@@ -9,10 +9,6 @@ extern "C" {
 
 ORVEX_API void orvex_abi_types(IPluginLogger&, IPluginCallControlListener&, IPluginConfigListener&,
                                IPluginCallControlCallback&, IPluginConfigCallback&, ICallInfo&, CallState,
-                               orvex_virtual_device&, orvex_virtual_event&, orvex_virtual_fault);
-
-void orvex_abi_types(IPluginLogger&, IPluginCallControlListener&, IPluginConfigListener&,
-                     IPluginCallControlCallback&, IPluginConfigCallback&, ICallInfo&, CallState,
-                     orvex_virtual_device&, orvex_virtual_event&, orvex_virtual_fault) {}
+                               orvex_virtual_device&, orvex_virtual_event&, orvex_virtual_fault) {}
 
 }  // extern "C"

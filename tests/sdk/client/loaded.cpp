@@ -1,7 +1,7 @@
 // A client that loads the plug-in on virtual headsets by name. Usage: loaded LIBRARY
 #include <dlfcn.h>
 
-#include "session.h"
+#include "call.h"
 
 namespace {
 
@@ -23,12 +23,12 @@ int main(int argc, char** argv) {
     const auto log = std::make_shared<Log>();
     std::weak_ptr<plugin_control::IPluginLogger> logger = log;
     plugin_control::IPluginCallControlCallback* const control = create(&logger);
-    const bool passed = run_session(
-        *control,
-        {look_up<decltype(&orvex_virtual_plug)>(library, "orvex_virtual_plug"),
-         look_up<decltype(&orvex_virtual_serial)>(library, "orvex_virtual_serial"),
-         look_up<decltype(&orvex_virtual_press)>(library, "orvex_virtual_press"),
-         look_up<decltype(&orvex_virtual_wait_indicator)>(library, "orvex_virtual_wait_indicator")});
+    const bool passed =
+        run_call(*control,
+                 {look_up<decltype(&orvex_virtual_plug)>(library, "orvex_virtual_plug"),
+                  look_up<decltype(&orvex_virtual_serial)>(library, "orvex_virtual_serial"),
+                  look_up<decltype(&orvex_virtual_press)>(library, "orvex_virtual_press"),
+                  look_up<decltype(&orvex_virtual_wait_indicator)>(library, "orvex_virtual_wait_indicator")});
     stop();
     dlclose(library);
     return passed ? 0 : 1;

@@ -50,8 +50,8 @@ inline bool says(const char* what, bool true_of_it) {
     return true_of_it;
 }
 
-inline bool run_session(plugin_control::IPluginCallControlCallback& control,
-                        const VirtualHeadset& virtual_headset) {
+inline bool run_call(plugin_control::IPluginCallControlCallback& control,
+                     const VirtualHeadset& virtual_headset) {
     constexpr int patience_ms = 5000;
     constexpr std::uint16_t led_page = 0x08, off_hook = 0x17, mute = 0x09;
     constexpr std::uint16_t telephony_page = 0x0B, phone_mute = 0x2F;
