@@ -14,7 +14,6 @@ function(orvex_install_library target export_name component)
                                                  $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
   target_compile_features(${target} INTERFACE cxx_std_17)
   set_target_properties(${target} PROPERTIES EXPORT_NAME ${export_name})
-  add_library(orvex::${export_name} ALIAS ${target})
   install(TARGETS ${target} EXPORT ${PROJECT_NAME}-targets
           LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component} NAMELINK_COMPONENT development)
 endfunction()
@@ -44,7 +43,6 @@ target_include_directories(orvex_headset_plugin_headers INTERFACE $<BUILD_INTERF
                                                                   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 target_compile_features(orvex_headset_plugin_headers INTERFACE cxx_std_17)
 set_target_properties(orvex_headset_plugin_headers PROPERTIES EXPORT_NAME headset_plugin_headers)
-add_library(orvex::headset_plugin_headers ALIAS orvex_headset_plugin_headers)
 install(TARGETS orvex_headset_plugin_headers EXPORT ${PROJECT_NAME}-targets)
 install(DIRECTORY include/orvex DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 

@@ -222,7 +222,7 @@ class IPluginCallControlCallback {
     /// headset goes idle, also where no headset matches, unless `device_id` is empty. A headset that is
     /// active already goes idle as well, and is shown the calls anew.
     ///
-    /// The first request after a start that finds no headset is repeated for about three seconds, because the
+    /// The first request after a start, if it finds no headset, is repeated for about three seconds: the
     /// audio device often shows up before the HID interface does. The same request (the same three texts) is
     /// answered with false at once meanwhile; and afterwards, too, unless a headset matched in that time or a
     /// different request was made since.
@@ -262,7 +262,7 @@ class IPluginCallControlCallback {
     /// Reports that a call came in.
     /// \param unused   not used
     /// \param cid      the call
-    /// \param ringing  with false the headset is left as it is, and a call that was ringing is silent now
+    /// \param ringing  with false the headset is left as it is, and a call that is known counts as silent
     virtual void incomingCall(const std::string& unused, const std::string& cid, bool ringing) = 0;
     /// Reports that the far end of an outgoing call rings. The headset shows that it is in use.
     /// \param unused  not used
