@@ -166,6 +166,9 @@ class PluginHost : public ::testing::Test {
     int plug_active(const std::string& model = "jabra-link-380c") {
         const int headset = plug(model);
         activate(headset);
+        // The read thread says so in its own time, which may be after a test has forgotten what was logged.
+        EXPECT_TRUE(
+            logger_->wait_for(line("headset_plugin::device::read_thread", "Enter while(true) loop ")));
         return headset;
     }
 
