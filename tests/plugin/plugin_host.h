@@ -108,6 +108,15 @@ class PluginHost : public ::testing::Test {
         EXPECT_TRUE(logger_->wait_for_count(done, before + 1));
     }
 
+    /// Waits for the first line of each read thread that was started: it comes in its own time, which may
+    /// otherwise be after a test has forgotten what was logged. Not every headset that is listed is read.
+    void let_read_threads_begin() {
+        const std::size_t started = logger_->count(
+            line("headset_plugin::device::hid_device_open", "new a thread to read headset device "));
+        EXPECT_TRUE(logger_->wait_for_count(
+            line("headset_plugin::device::read_thread", "Enter while(true) loop "), started));
+    }
+
     void start_with_listeners() {
         start();
         control_->setCallControlListener(listener_);
@@ -121,6 +130,7 @@ class PluginHost : public ::testing::Test {
         EXPECT_GT(headset, 0) << orvex_virtual_error();
         drain_passes();
         EXPECT_GT(logger_->count(created_line(headset)), 0U) << "the headset is not listed";
+        let_read_threads_begin();
         return headset;
     }
 
@@ -130,6 +140,7 @@ class PluginHost : public ::testing::Test {
         EXPECT_EQ(orvex_virtual_replug(headset), 0) << orvex_virtual_error();
         drain_passes();
         EXPECT_EQ(logger_->count(created), before + 1) << "the headset is not listed anew";
+        let_read_threads_begin();
     }
 
     /// Unplugs a headset and waits until it is off the list.
@@ -166,9 +177,6 @@ class PluginHost : public ::testing::Test {
     int plug_active(const std::string& model = "jabra-link-380c") {
         const int headset = plug(model);
         activate(headset);
-        // The read thread says so in its own time, which may be after a test has forgotten what was logged.
-        EXPECT_TRUE(
-            logger_->wait_for(line("headset_plugin::device::read_thread", "Enter while(true) loop ")));
         return headset;
     }
 
