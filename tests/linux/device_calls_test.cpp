@@ -1,7 +1,12 @@
 #include "platform/linux/device_calls.h"
 
+#include <atomic>
+#include <chrono>
 #include <future>
 #include <gtest/gtest.h>
+#include <memory>
+#include <new>
+#include <thread>
 
 #include "tests/support/recording_logger.h"
 
@@ -32,18 +37,19 @@ class DeadDevice {
     }
 
     DeviceCalls::Call call(std::shared_ptr<int> owned = nullptr) {
-        return [this, alive = alive_.get_future().share(), owned = std::move(owned)] {
-            ++begun_;
+        return [begun = begun_, alive = alive_.get_future().share(), owned = std::move(owned)] {
+            ++*begun;
             alive.wait();
             return done(1);
         };
     }
     void answer() { alive_.set_value(); }
-    bool was_asked() const { return begun_ != 0; }
+    bool was_asked() const { return *begun_ != 0; }
 
   private:
     std::promise<void> alive_;
-    std::atomic<int> begun_{0};
+    /// Shared with the calls, which may outlive the device.
+    std::shared_ptr<std::atomic<int>> begun_ = std::make_shared<std::atomic<int>>(0);
 };
 
 TEST(DeviceCalls, give_the_result_of_the_call) {
