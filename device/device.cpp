@@ -134,7 +134,7 @@ std::uint32_t device::hid_device_open() {
             start_headset();
         }
         plugin_log("3rdPartyHeadsetPlugin: %s: new a thread to read headset device \n", function);
-        platform::start_thread("orvex-read", [self = shared_from_this()] { self->read_thread(); }).detach();
+        platform::start_detached_thread("orvex-read", [self = shared_from_this()] { self->read_thread(); });
         plugin_log("3rdPartyHeadsetPlugin: %s: [Exit handle_led] \n", function);
         result = 1;
     }

@@ -164,7 +164,7 @@ void run_message_thread() {
 void start_message_thread() {
     window_starts().begin();
     try {
-        platform::start_thread("orvex-message", run_message_thread).detach();
+        platform::start_detached_thread("orvex-message", run_message_thread);
     } catch (...) {
         window_starts().end();
         throw;

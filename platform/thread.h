@@ -11,4 +11,7 @@ namespace platform {
 /// Throws std::system_error when no thread can be had.
 std::thread start_thread(const char* name, std::function<void()> body);
 
+/// The same for a thread that nobody will wait for.
+void start_detached_thread(const char* name, std::function<void()> body);
+
 }  // namespace platform

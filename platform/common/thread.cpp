@@ -1,6 +1,8 @@
 #include "platform/thread.h"
 
 #include <csignal>
+#include <latch>
+#include <memory>
 #include <pthread.h>
 #include <string>
 
@@ -33,6 +35,17 @@ std::thread start_thread(const char* name, std::function<void()> body) {
     constexpr std::size_t longest_name = 15;  // pthread_setname_np(3)
     pthread_setname_np(thread.native_handle(), std::string(name).substr(0, longest_name).c_str());
     return thread;
+}
+
+void start_detached_thread(const char* name, std::function<void()> body) {
+    // The body is held back until the thread is detached: one that was over before would be a thread that
+    // nobody joined, if the process ended just then.
+    const auto detached = std::make_shared<std::latch>(1);
+    start_thread(name, [detached, body = std::move(body)] {
+        detached->wait();
+        body();
+    }).detach();
+    detached->count_down();
 }
 
 }  // namespace platform

@@ -70,7 +70,7 @@ IoResult DeviceCalls::State::run(const std::shared_ptr<State>& self, Call call,
 /// Starts the thread unless it runs. Throws std::system_error.
 void DeviceCalls::State::start(const std::shared_ptr<State>& self) {
     if (!started_) {
-        start_thread("orvex-hid-out", [self] { self->serve(); }).detach();
+        start_detached_thread("orvex-hid-out", [self] { self->serve(); });
         started_ = true;
     }
 }

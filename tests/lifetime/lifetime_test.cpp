@@ -4,8 +4,6 @@
 #include <functional>
 #include <future>
 #include <mutex>
-#include <optional>
-#include <string>
 #include <thread>
 
 #include "tests/lifetime/plugin_library.h"
@@ -307,37 +305,7 @@ TEST_P(ExitAt, any_point_without_stop_is_an_ordinary_exit) {
     EXPECT_EXIT(get_there_and_exit(), ::testing::ExitedWithCode(0), "^$");
 }
 
-/// Adds to the options with which ThreadSanitizer starts in the processes of death tests, for as long as it
-/// lives.
-class ThreadSanitizerOption {
-  public:
-    explicit ThreadSanitizerOption(const std::string& option) {
-        setenv(variable, (before_.value_or("") + ":" + option).c_str(), 1);
-    }
-    ~ThreadSanitizerOption() {
-        if (before_) {
-            setenv(variable, before_->c_str(), 1);
-        } else {
-            unsetenv(variable);
-        }
-    }
-    ThreadSanitizerOption(const ThreadSanitizerOption&) = delete;
-    ThreadSanitizerOption& operator=(const ThreadSanitizerOption&) = delete;
-
-  private:
-    static constexpr const char* variable = "TSAN_OPTIONS";
-
-    static std::optional<std::string> current() {
-        const char* const value = std::getenv(variable);
-        return value ? std::optional<std::string>(value) : std::nullopt;
-    }
-
-    const std::optional<std::string> before_ = current();
-};
-
 TEST_F(ExitWithoutStop, in_the_middle_of_coming_and_going) {
-    // The exit may come when a read thread has ended and nobody has joined it yet, which it calls a leak.
-    const ThreadSanitizerOption ended_threads_are_no_leak("report_thread_leaks=0");
     EXPECT_EXIT(
         {
             start();

@@ -2,13 +2,18 @@
 
 #include <array>
 #include <csignal>
+#include <future>
 #include <gtest/gtest.h>
 #include <latch>
+#include <memory>
 #include <pthread.h>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
+using platform::start_detached_thread;
 using platform::start_thread;
 
 std::string name_of_this_thread() {
@@ -87,6 +92,35 @@ TEST(StartThread, leaves_the_callers_signals_as_they_were) {
         EXPECT_EQ(sigismember(&after, number), sigismember(&before, number)) << "signal " << number;
     }
     EXPECT_EQ(sigismember(&after, SIGUSR1), 1);
+}
+
+bool is_this_thread_detached() {
+    pthread_attr_t attributes;
+    pthread_getattr_np(pthread_self(), &attributes);
+    int state = 0;
+    pthread_attr_getdetachstate(&attributes, &state);
+    pthread_attr_destroy(&attributes);
+    return state == PTHREAD_CREATE_DETACHED;
+}
+
+TEST(StartDetachedThread, is_detached_and_has_its_name_when_its_body_begins) {
+    constexpr int repeats = 200;  // an attempt alone may be in time by luck
+    for (int i = 0; i < repeats; ++i) {
+        const auto seen = std::make_shared<std::promise<std::pair<bool, std::string>>>();
+        start_detached_thread("orvex-test", [seen] {
+            seen->set_value({is_this_thread_detached(), name_of_this_thread()});
+        });
+        EXPECT_EQ(seen->get_future().get(), std::pair(true, std::string("orvex-test")));
+    }
+}
+
+TEST(StartDetachedThread, blocks_every_signal_in_the_thread) {
+    const auto seen = std::make_shared<std::promise<sigset_t>>();
+    start_detached_thread("orvex-test", [seen] { seen->set_value(signal_mask()); });
+    const sigset_t mask = seen->get_future().get();
+    for (const int number : signals()) {
+        EXPECT_EQ(sigismember(&mask, number), 1) << "signal " << number;
+    }
 }
 
 }  // namespace
