@@ -38,4 +38,24 @@ TEST_F(RealSoftphone, lists_chooses_and_lights_a_headset_and_hears_its_mute_key)
     EXPECT_EQ(phone.wait_for_end(), 0);
 }
 
+/// Sees `command` answered with the reason why there is no headset.
+void expect_none(RunningProgram& phone, const std::string& reason) {
+    for (const char* command : {"headsets", "device"}) {
+        phone.type(command);
+        EXPECT_TRUE(phone.says(
+            "no headset is found; \"headset doctor\" tells what to do. The reason: " + reason + "\n"))
+            << command;
+    }
+}
+
+TEST_F(RealSoftphone, says_why_there_is_no_headset) {
+    RunningProgram phone(ORVEX_SOFTPHONE, {"--real"});
+    expect_none(phone, "No HID devices found in the system.");
+    plug_device(plain_descriptor(), {.product = "No serial", .serial = nullptr});
+    hidapi_.wait_for_list(L"");
+    expect_none(phone, "no HID device has both telephony and a serial number");
+    phone.type("quit");
+    EXPECT_EQ(phone.wait_for_end(), 0);
+}
+
 }  // namespace

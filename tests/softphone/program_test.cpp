@@ -89,6 +89,15 @@ TEST(Program, the_audio_devices_of_the_headsets_are_listed) {
     EXPECT_FALSE(contains(result.output, "poly: ")) << result.output;
 }
 
+TEST(Program, says_so_where_there_is_no_headset_to_list) {
+    const std::string none = "no headset is plugged: \"plug MODEL\" plugs one, and \"models\" shows them\n";
+    const auto result = run_commands("headsets\ndevice\n");
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_TRUE(contains(result.output, none + none)) << result.output;
+    const auto unplugged = run_commands("plug jabra-link-380c\nunplug jabra-link-380c\ndevice\n");
+    EXPECT_TRUE(contains(unplugged.output, none)) << unplugged.output;
+}
+
 TEST(Program, works_with_the_product_library_by_a_word) {
     const auto result = run_program({"--real"}, "models\n");
     EXPECT_EQ(result.status, 2);

@@ -52,14 +52,25 @@ AudioDevice audio_device(const Words& words, const Headset* headset) {
     return {words[0], words.size() > 1 ? words[1] : "", words.size() > 2 ? words[2] : ""};
 }
 
+/// In place of a list that would be empty.
+void say_why_there_is_none(Softphone& softphone) {
+    softphone.print(Text{softphone.virtual_headsets().available()
+                             ? "no headset is plugged: \"plug MODEL\" plugs one, and \"models\" shows them"
+                             : "no headset is found; \"headset doctor\" tells what to do. The reason: " +
+                                   softphone.why_no_headset()});
+}
+
 /// The audio devices of the headsets that can be chosen now.
 void list_devices(Softphone& softphone) {
-    for (const auto& headset : softphone.state().headsets.all()) {
+    const auto& headsets = softphone.state().headsets.all();
+    for (const auto& headset : headsets) {
         if (headset.plugged) {
             const AudioDevice device = audio_device_of(headset);
             softphone.print(DeviceListed{headset.name, device.id, device.name, device.serial});
         }
     }
+    if (std::ranges::none_of(headsets, &Headset::plugged))
+        say_why_there_is_none(softphone);
 }
 
 void device(Softphone& softphone, const Words& words) {
@@ -81,6 +92,8 @@ void headsets(Softphone& softphone, const Words& /*words*/) {
     softphone.look_for_headsets();
     for (const auto& headset : softphone.state().headsets.all())
         softphone.print(HeadsetListed{headset});
+    if (softphone.state().headsets.all().empty())
+        say_why_there_is_none(softphone);
 }
 
 void do_not_disturb(Softphone& softphone, const Words& words) {

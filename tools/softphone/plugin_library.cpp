@@ -72,6 +72,7 @@ PluginLibrary::PluginLibrary(const std::string& path, const std::string& headset
     look_up(handle_.get(), "stopPluginControlFacade", stop);
     look_up(handle_.get(), "hid_enumerate", hid_enumerate_);
     look_up(handle_.get(), "hid_free_enumeration", hid_free_enumeration_);
+    look_up(handle_.get(), "hid_error", hid_error_);
     if (!headsets.empty())
         headsets_ = load(headsets);
     void* const virtual_headsets = headsets_ ? headsets_.get() : handle_.get();
@@ -80,8 +81,7 @@ PluginLibrary::PluginLibrary(const std::string& path, const std::string& headset
 }
 
 std::vector<FoundHeadset> PluginLibrary::find_headsets() const {
-    const std::unique_ptr<hid_device_info, decltype(hid_free_enumeration_)> list(hid_enumerate_(0, 0),
-                                                                                 hid_free_enumeration_);
+    const Enumeration list = enumerate();
     std::vector<FoundHeadset> found;
     for (const hid_device_info* entry = list.get(); entry != nullptr; entry = entry->next) {
         if (entry->usage_page != telephony_page || !entry->serial_number || !*entry->serial_number)
@@ -90,6 +90,11 @@ std::vector<FoundHeadset> PluginLibrary::find_headsets() const {
                          platform::to_utf8(entry->serial_number)});
     }
     return found;
+}
+
+std::string PluginLibrary::why_no_headset() const {
+    return enumerate() ? "no HID device has both telephony and a serial number"
+                       : platform::to_utf8(hid_error_(nullptr));
 }
 
 std::string virtual_library_path() {

@@ -48,6 +48,8 @@ class PluginLibrary {
 
     /// The headsets that the plug-in sees: what has a telephony collection and a serial number.
     std::vector<FoundHeadset> find_headsets() const;
+    /// Why that finds none.
+    std::string why_no_headset() const;
 
     decltype(&createPluginControlFacade) create_control;
     decltype(&createPluginConfigFacade) create_config;
@@ -59,12 +61,15 @@ class PluginLibrary {
         void operator()(void* handle) const;
     };
     using Handle = std::unique_ptr<void, Closer>;
+    using Enumeration = std::unique_ptr<hid_device_info, decltype(&hid_free_enumeration)>;
     static Handle load(const std::string& path);
+    Enumeration enumerate() const { return {hid_enumerate_(0, 0), hid_free_enumeration_}; }
 
     Handle handle_;
     Handle headsets_;
     decltype(&hid_enumerate) hid_enumerate_;
     decltype(&hid_free_enumeration) hid_free_enumeration_;
+    decltype(&hid_error) hid_error_;
 };
 
 /// Where a plug-in library is looked for without a path: in the library folder that belongs to the program's,
