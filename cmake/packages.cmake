@@ -67,6 +67,8 @@ second library has the same headsets as devices of the kernel.")
 orvex_library_package(runtime liborvex-headset-plugin${PROJECT_VERSION_MAJOR} orvex_headset_plugin)
 orvex_library_package(virtual liborvex-headset-plugin-virtual${PROJECT_VERSION_MAJOR}
                       orvex_headset_plugin_virtual orvex_virtual_headset_uhid)
+# In place of the one that cpack would write, which calls ldconfig: the trigger does that.
+list(APPEND CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_SOURCE_DIR}/packaging/debian/postinst)
 orvex_package(development liborvex-headset-plugin-dev libdevel
   "call control from USB headsets - development files"
   "Headers, and what CMake and pkg-config need, for calling clients that work

@@ -196,6 +196,15 @@ TEST_F(HeadsetDoctorOfOrdinaryUser, leads_from_a_refusal_to_a_headset_that_works
     EXPECT_TRUE(cured.calls_work());
 }
 
+TEST_F(HeadsetDoctorOfOrdinaryUser, is_content_when_the_package_came_after_the_headset) {
+    settled_node_of(plug_headset());
+    const UdevRulesFile rules(installed_rules, file_of_packaging());
+    EXPECT_EQ(diagnose_as_user().names(), Names{"permission"});
+    const ProgramResult configured = run_program(ORVEX_POSTINST, {"configure", ""});
+    EXPECT_EQ(configured.status, 0) << configured.errors;
+    EXPECT_TRUE(eventually([] { return diagnose_as_user().names().empty(); }));
+}
+
 TEST_F(HeadsetDoctorOfOrdinaryUser, leads_to_rules_for_a_vendor_that_has_no_name) {
     const int headset = plug_headset("razer-blackshark-v2");
     settled_node_of(headset);
