@@ -125,7 +125,7 @@ TEST_F(PluginOnKernel, survives_a_headset_that_is_unplugged_in_a_write) {
     control_->connectCall("", "1");
     EXPECT_TRUE(listener_->wait_for(notification("onDeviceRemovedNotify", "SERIAL")));
     replug_active(headset);
-    EXPECT_EQ(take_shown(headset, 3), (Reports{at_rest, at_rest, in_use}));
+    EXPECT_EQ(take_shown(headset, 4), (Reports{at_rest, at_rest, in_use, in_use}));
 }
 
 TEST_F(PluginOnKernel, shows_calls_on_the_chosen_one_of_two_headsets_and_takes_its_keys_alone) {
@@ -174,7 +174,7 @@ TEST_F(PluginWithoutUdev, hears_of_headsets_from_the_kernel) {
     unplug_headset(headset);
     EXPECT_TRUE(listener_->wait_for(notification("onDeviceRemovedNotify", "SERIAL")));
     replug_active(headset);
-    EXPECT_EQ(take_shown(headset, 3), (Reports{at_rest, at_rest, in_use}));
+    EXPECT_EQ(take_shown(headset, 4), (Reports{at_rest, at_rest, in_use, in_use}));
 }
 
 // ---- for an ordinary user

@@ -1,6 +1,7 @@
 // Whether a process does anything while nothing happens.
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -15,10 +16,11 @@
 
 namespace test_support {
 
+/// What the threads of a process do: whether they sleep, and how often they have gone to sleep.
 using WakeUps = std::map<std::string, std::string>;
 
-/// How often each thread of a process has gone to sleep, the calling thread left out.
-inline WakeUps count_wake_ups(pid_t process) {
+/// Those of a process, the calling thread left out.
+inline WakeUps look_at_threads(pid_t process) {
     WakeUps counts;
     const auto tasks = std::filesystem::path("/proc") / std::to_string(process) / "task";
     for (const auto& thread : std::filesystem::directory_iterator(tasks)) {
@@ -27,28 +29,35 @@ inline WakeUps count_wake_ups(pid_t process) {
         }
         std::ifstream status(thread.path() / "status");
         for (std::string line; std::getline(status, line);) {
-            if (line.starts_with("voluntary_ctxt_switches")) {
-                counts[thread.path().filename()] = line;
+            if (line.starts_with("State:") || line.starts_with("voluntary_ctxt_switches:")) {
+                counts[thread.path().filename()] += line + " ";
             }
         }
     }
     return counts;
 }
 
+/// Whether every one sleeps. One that only waits for the processor is still about to do something.
+inline bool all_sleep(const WakeUps& threads) {
+    return std::all_of(threads.begin(), threads.end(), [](const auto& thread) {
+        return thread.second.find("(sleeping)") != std::string::npos;
+    });
+}
+
 /// Whether no other thread of a process wakes up for that long, once what was under way is over.
 inline testing::AssertionResult sleeps(pid_t process, std::chrono::seconds duration) {
-    WakeUps before = count_wake_ups(process);
+    WakeUps before = look_at_threads(process);
     const bool is_quiet = eventually([&] {
-        const auto earlier = std::exchange(before, count_wake_ups(process));
         std::this_thread::sleep_for(std::chrono::seconds(1));
-        return earlier == before;
+        const auto earlier = std::exchange(before, look_at_threads(process));
+        return earlier == before && all_sleep(before);
     });
     if (!is_quiet) {
         return testing::AssertionFailure() << "what was under way does not end";
     }
     // The silence is what is tested.
     std::this_thread::sleep_for(duration);
-    const WakeUps after = count_wake_ups(process);
+    const WakeUps after = look_at_threads(process);
     return after == before ? testing::AssertionSuccess()
                            : testing::AssertionFailure() << testing::PrintToString(before) << " became "
                                                          << testing::PrintToString(after);
