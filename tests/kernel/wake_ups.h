@@ -16,12 +16,12 @@
 
 namespace test_support {
 
-/// What the threads of a process do: whether they sleep, and how often they have gone to sleep.
-using WakeUps = std::map<std::string, std::string>;
+/// By id, what the threads of a process do: whether they sleep, and how often they have gone to sleep.
+using Threads = std::map<std::string, std::string>;
 
 /// Those of a process, the calling thread left out.
-inline WakeUps look_at_threads(pid_t process) {
-    WakeUps counts;
+inline Threads look_at_threads(pid_t process) {
+    Threads threads;
     const auto tasks = std::filesystem::path("/proc") / std::to_string(process) / "task";
     for (const auto& thread : std::filesystem::directory_iterator(tasks)) {
         if (thread.path().filename() == std::to_string(gettid())) {
@@ -30,15 +30,15 @@ inline WakeUps look_at_threads(pid_t process) {
         std::ifstream status(thread.path() / "status");
         for (std::string line; std::getline(status, line);) {
             if (line.starts_with("State:") || line.starts_with("voluntary_ctxt_switches:")) {
-                counts[thread.path().filename()] += line + " ";
+                threads[thread.path().filename()] += line + " ";
             }
         }
     }
-    return counts;
+    return threads;
 }
 
 /// Whether every one sleeps. One that only waits for the processor is still about to do something.
-inline bool all_sleep(const WakeUps& threads) {
+inline bool all_sleep(const Threads& threads) {
     return std::all_of(threads.begin(), threads.end(), [](const auto& thread) {
         return thread.second.find("(sleeping)") != std::string::npos;
     });
@@ -46,7 +46,7 @@ inline bool all_sleep(const WakeUps& threads) {
 
 /// Whether no other thread of a process wakes up for that long, once what was under way is over.
 inline testing::AssertionResult sleeps(pid_t process, std::chrono::seconds duration) {
-    WakeUps before = look_at_threads(process);
+    Threads before = look_at_threads(process);
     const bool is_quiet = eventually([&] {
         std::this_thread::sleep_for(std::chrono::seconds(1));
         const auto earlier = std::exchange(before, look_at_threads(process));
@@ -57,7 +57,7 @@ inline testing::AssertionResult sleeps(pid_t process, std::chrono::seconds durat
     }
     // The silence is what is tested.
     std::this_thread::sleep_for(duration);
-    const WakeUps after = look_at_threads(process);
+    const Threads after = look_at_threads(process);
     return after == before ? testing::AssertionSuccess()
                            : testing::AssertionFailure() << testing::PrintToString(before) << " became "
                                                          << testing::PrintToString(after);
