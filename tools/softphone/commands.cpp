@@ -223,7 +223,8 @@ constexpr std::array table{
         "product and serial number in it. Otherwise ID, NAME and SERIAL are passed on as they are. `none` is no "
         "device. After a headset was plugged again it has to be chosen again.",
         device},
-    Command{"headsets", "", "shows the headsets", "Virtual ones, and real ones with telephony.", headsets},
+    Command{"headsets", "", "shows the headsets",
+            "Virtual ones, and real ones with telephony; where there is none, why.", headsets},
     Command{"dnd", "VALUE", "sets do-not-disturb to a number", "The plug-in logs it, no more.",
             do_not_disturb},
     Command{

@@ -47,6 +47,7 @@ class Softphone {
     VirtualHeadsets& virtual_headsets() { return virtual_headsets_; }
     /// Takes in which headsets are plugged now.
     void look_for_headsets() { state_.headsets.take_found(library_.find_headsets()); }
+    /// Why there is none among them, of a library that has no virtual ones.
     std::string why_no_headset() const { return library_.why_no_headset(); }
     /// Shows an event at once.
     void print(const Event& event);
