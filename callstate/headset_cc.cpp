@@ -2,8 +2,8 @@
 
 #include <array>
 
+#include "base/plugin_log.h"
 #include "orvex/headset_plugin.h"
-#include "plugin/base/plugin_log.h"
 
 namespace headset_plugin {
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "plugin/base/headset_types.h"
+#include "base/headset_types.h"
 
 namespace headset_plugin {
 

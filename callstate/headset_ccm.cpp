@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "plugin/base/plugin_log.h"
+#include "base/plugin_log.h"
 
 namespace headset_plugin {
 

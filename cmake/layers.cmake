@@ -1,4 +1,4 @@
-# One static library per folder. orvex_layer(hid USES plugin/base) makes the library orvex_hid of every source file
+# One static library per folder. orvex_layer(hid USES base) makes the library orvex_hid of every source file
 # in hid/. A lower layer calls upwards through functions that it declares and an upper layer defines, so the
 # libraries of one program are linked as one group, which the linker searches until nothing is missing.
 
@@ -25,7 +25,7 @@ endfunction()
 # Links a program or library with every layer of the plug-in, on one platform, as one group.
 function(orvex_link_plugin target platform)
   set(libraries "")
-  foreach(folder plugin devicemgr device drivers hid callstate plugin/base ${platform} ${ARGN} platform/hidp
+  foreach(folder plugin devicemgr device drivers hid callstate base ${platform} ${ARGN} platform/hidp
                  platform/common)
     orvex_layer_target(layer ${folder})
     list(APPEND libraries ${layer})

@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <array>
 
+#include "base/headset_types.h"
+#include "base/plugin_log.h"
 #include "device/device_events.h"
 #include "device/vendor_names.h"
 #include "hid/usage_input.h"
 #include "platform/platform.h"
 #include "platform/text.h"
 #include "platform/thread.h"
-#include "plugin/base/headset_types.h"
-#include "plugin/base/plugin_log.h"
 
 namespace headset_plugin {
 

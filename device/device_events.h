@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "plugin/base/worker.h"
+#include "base/worker.h"
 
 namespace plugin_control {
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <iterator>
 
+#include "base/plugin_log.h"
 #include "device/vendor_names.h"
 #include "platform/mutex.h"
 #include "platform/text.h"
-#include "plugin/base/plugin_log.h"
 
 namespace plugin_control {
 

@@ -3,13 +3,13 @@
 #include <system_error>
 #include <utility>
 
+#include "base/headset_types.h"
+#include "base/plugin_log.h"
 #include "device/vendor_names.h"
 #include "devicemgr/device_mgr_events.h"
 #include "devicemgr/message_thread.h"
 #include "platform/platform.h"
 #include "platform/thread.h"
-#include "plugin/base/headset_types.h"
-#include "plugin/base/plugin_log.h"
 
 namespace plugin_control {
 

@@ -9,11 +9,11 @@
 #include <string>
 #include <thread>
 
+#include "base/worker.h"
 #include "device/device.h"
 #include "devicemgr/admission.h"
 #include "platform/clock.h"
 #include "platform/mutex.h"
-#include "plugin/base/worker.h"
 
 namespace plugin_control {
 

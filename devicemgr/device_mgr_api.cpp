@@ -3,11 +3,11 @@
 #include <atomic>
 #include <memory>
 
+#include "base/plugin_log.h"
 #include "device/device_events.h"
 #include "devicemgr/device_mgr.h"
 #include "devicemgr/message_thread.h"
 #include "platform/mutex.h"
-#include "plugin/base/plugin_log.h"
 
 namespace {
 

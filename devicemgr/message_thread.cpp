@@ -3,11 +3,11 @@
 #include <atomic>
 #include <exception>
 
+#include "base/plugin_log.h"
 #include "devicemgr/device_mgr_api.h"
 #include "platform/mutex.h"
 #include "platform/platform.h"
 #include "platform/thread.h"
-#include "plugin/base/plugin_log.h"
 
 // The handle that the linker gives every module of its own (Itanium C++ ABI, section 3.3.6.3).
 extern "C" __attribute__((visibility("hidden"))) void* __dso_handle;  // NOLINT(bugprone-reserved-identifier)

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "plugin/base/plugin_log.h"
+#include "base/plugin_log.h"
 
 namespace headset_plugin {
 

@@ -6,7 +6,7 @@
 #include <initializer_list>
 #include <span>
 
-#include "plugin/base/headset_types.h"
+#include "base/headset_types.h"
 
 namespace headset_plugin {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "base/plugin_log.h"
 #include "drivers/dialect.h"
-#include "plugin/base/plugin_log.h"
 
 namespace headset_plugin {
 

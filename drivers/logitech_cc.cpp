@@ -1,7 +1,7 @@
 #include "drivers/logitech_cc.h"
 
+#include "base/plugin_log.h"
 #include "drivers/dialect.h"
-#include "plugin/base/plugin_log.h"
 
 namespace headset_plugin {
 

@@ -4,8 +4,8 @@
 #include <array>
 #include <iterator>
 
+#include "base/plugin_log.h"
 #include "drivers/dialect.h"
-#include "plugin/base/plugin_log.h"
 
 namespace headset_plugin {
 

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "base/plugin_log.h"
 #include "drivers/dialect.h"
 #include "hid/usage_input.h"
 #include "hid/usage_output.h"
-#include "plugin/base/plugin_log.h"
 
 namespace headset_plugin {
 

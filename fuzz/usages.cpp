@@ -3,6 +3,7 @@
 #include <array>
 #include <memory>
 
+#include "base/plugin_log.h"
 #include "fuzz/check.h"
 #include "fuzz/input.h"
 #include "hid/hid_access.h"
@@ -10,7 +11,6 @@
 #include "hid/usage_output.h"
 #include "orvex/headset_plugin.h"
 #include "platform/virtual/virtual_platform.h"
-#include "plugin/base/plugin_log.h"
 
 using namespace headset_plugin;
 using fuzz::Bytes;

@@ -7,10 +7,10 @@
 #include <new>
 #include <vector>
 
+#include "base/plugin_log.h"
 #include "hid/data_entries.h"
 #include "hid/hid_device.h"
 #include "platform/platform.h"
-#include "plugin/base/plugin_log.h"
 
 namespace headset_plugin {
 

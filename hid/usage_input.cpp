@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <vector>
 
+#include "base/plugin_log.h"
 #include "hid/hid_access.h"
 #include "platform/platform.h"
-#include "plugin/base/plugin_log.h"
 
 namespace headset_plugin {
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "base/plugin_log.h"
 #include "platform/platform.h"
-#include "plugin/base/plugin_log.h"
 
 namespace headset_plugin {
 

@@ -1,9 +1,9 @@
 // The call-control side: every event of the host's calls goes into the call list, and what follows for the
 // headset to the device manager.
 
+#include "base/headset_types.h"
+#include "base/plugin_log.h"
 #include "devicemgr/device_mgr_api.h"
-#include "plugin/base/headset_types.h"
-#include "plugin/base/plugin_log.h"
 #include "plugin/plugin_manager.h"
 
 namespace plugin_control {

@@ -1,8 +1,8 @@
 // The configuration side. Most of its operations are fixed answers that the interface asks for.
 
+#include "base/plugin_log.h"
 #include "devicemgr/admission.h"
 #include "devicemgr/device_mgr_api.h"
-#include "plugin/base/plugin_log.h"
 #include "plugin/plugin_manager.h"
 
 namespace plugin_control {

@@ -2,9 +2,9 @@
 
 #include <exception>
 
+#include "base/plugin_log.h"
 #include "device/device_events.h"
 #include "devicemgr/device_mgr_events.h"
-#include "plugin/base/plugin_log.h"
 #include "plugin/plugin_manager.h"
 
 namespace {

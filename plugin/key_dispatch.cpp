@@ -1,7 +1,7 @@
 // Headset keys on their way to the host.
 
+#include "base/plugin_log.h"
 #include "devicemgr/device_mgr_api.h"
-#include "plugin/base/plugin_log.h"
 #include "plugin/plugin_manager.h"
 
 namespace plugin_control {

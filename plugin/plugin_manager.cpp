@@ -1,8 +1,8 @@
 #include "plugin/plugin_manager.h"
 
+#include "base/plugin_log.h"
 #include "device/device.h"
 #include "devicemgr/device_mgr_api.h"
-#include "plugin/base/plugin_log.h"
 
 namespace plugin_control {
 

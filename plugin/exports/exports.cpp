@@ -14,13 +14,13 @@
 #include <utility>
 #include <vector>
 
+#include "base/plugin_log.h"
 #include "hid/hid_access.h"
 #include "hid/hid_device.h"
 #include "hid/usage_input.h"
 #include "hid/usage_output.h"
 #include "orvex/headset_plugin.h"
 #include "platform/mutex.h"
-#include "plugin/base/plugin_log.h"
 #include "plugin/exports/hid_extensions.h"
 #include "plugin/plugin_manager.h"
 

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "plugin/base/plugin_log.h"
+#include "base/plugin_log.h"
 #include "tests/support/layer_log.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "plugin/base/plugin_log.h"
+#include "base/plugin_log.h"
 
 #include <atomic>
 #include <gtest/gtest.h>

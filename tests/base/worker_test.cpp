@@ -1,4 +1,4 @@
-#include "plugin/base/worker.h"
+#include "base/worker.h"
 
 #include <algorithm>
 #include <array>
@@ -14,7 +14,7 @@
 #include <thread>
 #include <vector>
 
-#include "plugin/base/plugin_log.h"
+#include "base/plugin_log.h"
 #include "tests/support/layer_log.h"
 
 namespace {

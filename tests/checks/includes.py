@@ -10,7 +10,7 @@ import sys
 
 # Who may include whom, besides itself: the folder of a layer, and the folders it may reach into. A folder stands for
 # the files in it, not for those of folders below it. "system" is what includes the operating system's own headers.
-BASE = {"platform", "plugin/base"}
+BASE = {"platform", "base"}
 HID = BASE | {"hid"}
 DRIVERS = HID | {"drivers"}
 DEVICE = DRIVERS | {"device"}
@@ -25,7 +25,7 @@ ALLOWED = {
     "platform/virtual/headsets": set(),
     "platform/virtual/uhid": {"platform", "platform/common", "platform/virtual"},
     "platform/virtual/exports": {"include/orvex", "platform", "platform/virtual", "platform/virtual/headsets"},
-    "plugin/base": {"platform", "include/orvex"},
+    "base": {"platform", "include/orvex"},
     "callstate": BASE | {"include/orvex"},
     "hid": BASE,
     "drivers": HID,

@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
+#include "base/headset_types.h"
 #include "device/device.h"
 #include "platform/virtual/virtual_platform.h"
-#include "plugin/base/headset_types.h"
 #include "tests/support/recording_logger.h"
 
 namespace device_test {

@@ -4,12 +4,12 @@
 #include <future>
 #include <stdexcept>
 
+#include "base/headset_types.h"
 #include "device/device_events.h"
 #include "devicemgr/device_mgr_api.h"
 #include "drivers/driver_factory.h"
 #include "orvex/virtual_headset.h"
 #include "platform/virtual/headsets/model.h"
-#include "plugin/base/headset_types.h"
 #include "plugin/plugin_manager.h"
 #include "tests/docs/markdown_table.h"
 

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "base/headset_types.h"
 #include "device/device.h"
 #include "drivers/driver_factory.h"
 #include "drivers/jabra_cc.h"
@@ -19,7 +20,6 @@
 #include "hid/hid_access.h"
 #include "platform/virtual/headsets/model.h"
 #include "platform/virtual/virtual_platform.h"
-#include "plugin/base/headset_types.h"
 #include "tests/docs/markdown_table.h"
 #include "tests/docs/words.h"
 

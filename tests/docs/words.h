@@ -5,7 +5,7 @@
 #include <span>
 #include <string>
 
-#include "plugin/base/headset_types.h"
+#include "base/headset_types.h"
 
 namespace docs {
 

@@ -2,10 +2,10 @@
 #include <gtest/gtest.h>
 #include <type_traits>
 
+#include "base/headset_types.h"
 #include "drivers/jabra_cc.h"
 #include "drivers/plt_cc.h"
 #include "drivers/stdhid_cc.h"
-#include "plugin/base/headset_types.h"
 #include "tests/drivers/driver_fixture.h"
 #include "tests/support/virtual_slots.h"
 

@@ -8,7 +8,7 @@
 #include <span>
 #include <utility>
 
-#include "plugin/base/headset_types.h"
+#include "base/headset_types.h"
 #include "tests/drivers/driver_fixture.h"
 
 namespace headset_plugin::driver_test {

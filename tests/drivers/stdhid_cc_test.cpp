@@ -5,7 +5,7 @@
 #include <future>
 #include <gtest/gtest.h>
 
-#include "plugin/base/headset_types.h"
+#include "base/headset_types.h"
 #include "tests/drivers/driver_fixture.h"
 
 namespace headset_plugin::driver_test {

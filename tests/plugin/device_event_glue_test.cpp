@@ -3,9 +3,9 @@
 #include <csignal>
 #include <stdexcept>
 
+#include "base/headset_types.h"
 #include "device/device_events.h"
 #include "devicemgr/device_mgr_events.h"
-#include "plugin/base/headset_types.h"
 #include "plugin/plugin_manager.h"
 #include "tests/plugin/plugin_host.h"
 #include "tests/plugin/recording_driver.h"

@@ -2,9 +2,9 @@
 
 #include <stdexcept>
 
+#include "base/plugin_log.h"
 #include "devicemgr/device_mgr_api.h"
 #include "devicemgr/message_thread.h"
-#include "plugin/base/plugin_log.h"
 #include "plugin/plugin_manager.h"
 #include "tests/plugin/plugin_host.h"
 

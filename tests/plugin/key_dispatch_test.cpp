@@ -5,8 +5,8 @@
 #include <ostream>
 #include <stdexcept>
 
+#include "base/headset_types.h"
 #include "callstate/call_action.h"
-#include "plugin/base/headset_types.h"
 #include "plugin/plugin_manager.h"
 #include "tests/plugin/plugin_host.h"
 #include "tests/plugin/recording_driver.h"

@@ -1,7 +1,7 @@
 #include "tests/support/layer_log.h"
 
+#include "base/plugin_log.h"
 #include "platform/mutex.h"
-#include "plugin/base/plugin_log.h"
 
 namespace {
 

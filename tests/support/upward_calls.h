@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "plugin/base/worker.h"
+#include "base/worker.h"
 
 namespace test_support {
 

@@ -1,12 +1,12 @@
 #include "tools/headset/trial_headset.h"
 
+#include "base/headset_types.h"
+#include "base/plugin_log.h"
 #include "hid/usage_input.h"
 #include "hid/usage_output.h"
 #include "platform/common/steady_clock.h"
 #include "platform/hidp/hidp.h"
 #include "platform/text.h"
-#include "plugin/base/headset_types.h"
-#include "plugin/base/plugin_log.h"
 #include "tools/headset/errors.h"
 #include "tools/headset/interfaces.h"
 

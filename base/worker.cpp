@@ -1,10 +1,10 @@
-#include "plugin/base/worker.h"
+#include "base/worker.h"
 
 #include <exception>
 #include <utility>
 
+#include "base/plugin_log.h"
 #include "platform/thread.h"
-#include "plugin/base/plugin_log.h"
 
 namespace headset_plugin {
 
