@@ -1,4 +1,4 @@
-# One static library per folder. orvex_layer(hid USES base) makes the library orvex_hid of every source file
+# One static library per folder. orvex_layer(hid USES base) makes the library orvex_layer_hid of every source file
 # in hid/. A lower layer calls upwards through functions that it declares and an upper layer defines, so the
 # libraries of one program are linked as one group, which the linker searches until nothing is missing.
 
@@ -16,10 +16,10 @@ function(orvex_layer folder)
   endforeach()
 endfunction()
 
-# The target of a layer's folder: hid -> orvex_hid, platform/virtual -> orvex_platform_virtual.
+# The target of a layer's folder: hid -> orvex_layer_hid, platform/virtual -> orvex_layer_platform_virtual.
 function(orvex_layer_target result folder)
   string(REPLACE "/" "_" name ${folder})
-  set(${result} orvex_${name} PARENT_SCOPE)
+  set(${result} orvex_layer_${name} PARENT_SCOPE)
 endfunction()
 
 # Links a program or library with every layer of the plug-in, on one platform, as one group.
@@ -73,6 +73,6 @@ endfunction()
 function(orvex_plugin_library target)
   cmake_parse_arguments(PLUGIN "" "PLATFORM" "EXPORTS" ${ARGN})
   orvex_exporting_library(${target} ${PLUGIN_EXPORTS})
-  target_sources(${target} PRIVATE $<TARGET_OBJECTS:orvex_drivers>)
+  target_sources(${target} PRIVATE $<TARGET_OBJECTS:orvex_layer_drivers>)
   orvex_link_plugin(${target} ${PLUGIN_PLATFORM})
 endfunction()
