@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "platform/hidp/hidp.h"
-#include "platform/virtual/headsets/model.h"
 #include "tests/hidp/costly_descriptors.h"
+#include "virtual_headset/models/model.h"
 
 using namespace platform;
 using virtual_headsets::HeadsetModel;

@@ -5,7 +5,7 @@
 #include <iostream>
 
 #include "fuzz/input.h"
-#include "platform/virtual/headsets/model.h"
+#include "virtual_headset/models/model.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 #include <array>
 #include <cstdio>
 
-#include "platform/virtual/headsets/items.h"
 #include "tests/support/layer_log.h"
 #include "tests/support/upward_calls.h"
+#include "virtual_headset/models/items.h"
 
 namespace device_test {
 

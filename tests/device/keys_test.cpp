@@ -1,9 +1,9 @@
 // From an input report to a key: which headset counts, what its driver makes of it, and which keys pass.
 #include <optional>
 
-#include "platform/virtual/headsets/items.h"
 #include "tests/device/device_fixture.h"
 #include "tests/support/upward_calls.h"
+#include "virtual_headset/models/items.h"
 
 using namespace device_test;
 using namespace headset_plugin;  // the states and key codes

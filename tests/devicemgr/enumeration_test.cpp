@@ -3,8 +3,8 @@
 #include <stdexcept>
 #include <thread>
 
-#include "platform/virtual/headsets/headsets.h"
 #include "tests/devicemgr/manager_fixture.h"
+#include "virtual_headset/models/headsets.h"
 
 using namespace manager_test;
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "drivers/stdhid_cc.h"
-#include "platform/virtual/headsets/items.h"
+#include "virtual_headset/models/items.h"
 
 namespace manager_test {
 

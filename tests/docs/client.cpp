@@ -9,9 +9,9 @@
 #include "devicemgr/device_mgr_api.h"
 #include "drivers/driver_factory.h"
 #include "orvex/virtual_headset.h"
-#include "platform/virtual/headsets/model.h"
 #include "plugin/plugin_manager.h"
 #include "tests/docs/markdown_table.h"
+#include "virtual_headset/models/model.h"
 
 namespace docs {
 namespace {

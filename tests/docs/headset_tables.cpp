@@ -14,11 +14,11 @@
 #include "device/vendor_names.h"
 #include "drivers/driver_factory.h"
 #include "drivers/stdhid_cc.h"
-#include "platform/virtual/headsets/model.h"
 #include "tests/docs/markdown_table.h"
 #include "tests/support/reference_data.h"
 #include "tools/common/text.h"
 #include "tools/headset/explain.h"
+#include "virtual_headset/models/model.h"
 
 namespace docs {
 namespace {

@@ -3,10 +3,10 @@
 
 #include <string>
 
-#include "platform/virtual/headsets/items.h"
-#include "platform/virtual/headsets/model.h"
 #include "tools/headset/collections.h"
 #include "tools/headset/hex.h"
+#include "virtual_headset/models/items.h"
+#include "virtual_headset/models/model.h"
 
 namespace headset {
 

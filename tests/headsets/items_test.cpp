@@ -1,4 +1,4 @@
-#include "platform/virtual/headsets/items.h"
+#include "virtual_headset/models/items.h"
 
 #include <cstdint>
 #include <gtest/gtest.h>

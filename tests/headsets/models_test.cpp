@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "platform/hidp/hidp.h"
-#include "platform/virtual/headsets/model.h"
+#include "virtual_headset/models/model.h"
 
 #ifndef ORVEX_REFERENCE_DATA
 #define ORVEX_REFERENCE_DATA ""

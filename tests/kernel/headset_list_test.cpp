@@ -4,9 +4,9 @@
 #include <cstdio>
 
 #include "device/vendor_names.h"
-#include "platform/virtual/headsets/model.h"
 #include "tests/kernel/headset_tool.h"
 #include "tests/kernel/plugin_on_kernel.h"
+#include "virtual_headset/models/model.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "orvex/virtual_headset.h"
-#include "platform/virtual/headsets/items.h"
 #include "tests/support/recording_logger.h"
+#include "virtual_headset/models/items.h"
 
 namespace test_support {
 

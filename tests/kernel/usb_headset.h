@@ -3,10 +3,10 @@
 
 #include <string>
 
-#include "platform/virtual/headsets/items.h"
-#include "platform/virtual/headsets/model.h"
 #include "tests/kernel/kernel_headsets.h"
 #include "tests/kernel/usb_gadget.h"
+#include "virtual_headset/models/items.h"
+#include "virtual_headset/models/model.h"
 
 namespace test_support {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "platform/text.h"
-#include "platform/virtual/headsets/model.h"
+#include "virtual_headset/models/model.h"
 
 namespace bus_test {
 

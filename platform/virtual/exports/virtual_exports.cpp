@@ -6,8 +6,8 @@
 #include <string>
 
 #include "orvex/virtual_headset.h"
-#include "platform/virtual/headsets/model.h"
 #include "platform/virtual/virtual_bus.h"
+#include "virtual_headset/models/model.h"
 
 namespace {
 

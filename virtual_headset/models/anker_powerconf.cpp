@@ -1,8 +1,8 @@
 // Anker PowerConf, a speakerphone. The hook switch and the mute key are flagged constant, as if they were
 // padding; where others have Redial it has Voice Mail. The device ignores an output report that is shorter
 // than declared.
-#include "platform/virtual/headsets/headsets.h"
-#include "platform/virtual/headsets/items.h"
+#include "virtual_headset/models/headsets.h"
+#include "virtual_headset/models/items.h"
 
 namespace platform::virtual_headsets {
 namespace {

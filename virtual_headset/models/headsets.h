@@ -2,7 +2,7 @@
 // and listed in models.cpp.
 #pragma once
 
-#include "platform/virtual/headsets/model.h"
+#include "virtual_headset/models/model.h"
 
 namespace platform::virtual_headsets {
 

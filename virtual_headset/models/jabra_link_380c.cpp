@@ -1,8 +1,8 @@
 // Jabra Link 380c, an adapter that comes with wireless headsets. All keys are in one input report and all
 // indicators in one output report, with the same id. The keys are flagged constant, as if they were padding.
 // A vendor collection repeats the telephony collection.
-#include "platform/virtual/headsets/headsets.h"
-#include "platform/virtual/headsets/items.h"
+#include "virtual_headset/models/headsets.h"
+#include "virtual_headset/models/items.h"
 
 namespace platform::virtual_headsets {
 namespace {

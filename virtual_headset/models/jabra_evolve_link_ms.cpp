@@ -1,8 +1,8 @@
 // Jabra EVOLVE LINK MS, the call controller in the cord of a wired headset. All keys are in one input report
 // and all indicators in one output report, with the same id. A vendor collection repeats the telephony
 // collection.
-#include "platform/virtual/headsets/headsets.h"
-#include "platform/virtual/headsets/items.h"
+#include "virtual_headset/models/headsets.h"
+#include "virtual_headset/models/items.h"
 
 namespace platform::virtual_headsets {
 namespace {

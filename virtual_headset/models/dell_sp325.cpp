@@ -1,13 +1,31 @@
-// Razer BlackShark V2 HyperSpeed, a gaming headset with telephony keys. A vendor report id is used in all
-// three directions, with different lengths.
-#include "platform/virtual/headsets/headsets.h"
-#include "platform/virtual/headsets/items.h"
+// Dell SP325, a speakerphone. The telephony collection comes last of five; its keys and its indicators have
+// the same report id.
+#include "virtual_headset/models/headsets.h"
+#include "virtual_headset/models/items.h"
 
 namespace platform::virtual_headsets {
 namespace {
 
 // clang-format off
 constexpr std::initializer_list<Item> items = {
+    usage_page(0x0C),      // Consumer page
+    usage(0x01),           // Consumer Control
+    collection(application),
+        report_id(0x0C),   // keys
+        logical_minimum(0),
+        logical_maximum(1),
+        usage(0xE9),       // Volume Increment
+        usage(0xEA),       // Volume Decrement
+        usage(0xE2),       // Mute
+        usage(0xCD),       // Play/Pause
+        usage(0xB5),       // Scan Next Track
+        usage(0xB6),       // Scan Previous Track
+        usage(0xB0),       // Play
+        usage(0xB1),       // Pause
+        report_size(1),
+        report_count(8),
+        input(data | variable),
+    end_collection(),
     usage_page(0xFF13),    // vendor-defined
     usage(0x01),
     collection(application),
@@ -24,24 +42,37 @@ constexpr std::initializer_list<Item> items = {
         report_count(61),
         input(data | variable),
     end_collection(),
-    usage_page(0x0C),      // Consumer page
-    usage(0x01),           // Consumer Control
+    usage_page(0xFF14),    // vendor-defined
+    usage(0x01),
     collection(application),
-        report_id(0x0C),   // keys
+        logical_minimum(0),
+        logical_maximum(255),
+        report_id(0x10),
+        usage(0x00),
+        report_size(8),
+        report_count(5),
+        input(data | variable),
+    end_collection(),
+    usage_page(0xFF99),    // vendor-defined
+    usage(0x01),
+    collection(application),
+        report_id(0x9A),
+        logical_minimum(0),
+        logical_maximum(255),
+        report_count(63),
+        report_size(8),
+        usage(0x03),
+        feature(data | variable),
+        report_id(0x9B),
         logical_minimum(0),
         logical_maximum(1),
-        usage(0xE9),       // Volume Increment
-        usage(0xEA),       // Volume Decrement
-        usage(0xE2),       // Mute
-        usage(0xCD),       // Play/Pause
-        usage(0xB5),       // Scan Next Track
-        usage(0xB6),       // Scan Previous Track
+        report_count(1),
         report_size(1),
-        report_count(6),
-        input(data | variable),
-        usage(0x00),       // unassigned
-        report_count(2),
-        input(data | variable),
+        usage(0x04),
+        input(data | variable | relative),
+        report_size(1),
+        report_count(7),
+        input(constant),   // padding
     end_collection(),
     usage_page(0x0B),      // Telephony page
     usage(0x05),           // Headset
@@ -82,40 +113,19 @@ constexpr std::initializer_list<Item> items = {
         report_count(2),
         output(constant),  // padding
     end_collection(),
-    usage_page(0xFF14),    // vendor-defined
-    usage(0x01),
-    collection(application),
-        logical_minimum(0),
-        logical_maximum(255),
-        report_id(0x02),
-        usage(0x00),
-        report_size(8),
-        report_count(8),
-        feature(data | variable | buffered_bytes),
-        report_id(0x02),
-        usage(0x00),
-        report_size(8),
-        report_count(63),
-        output(data | variable),
-        report_id(0x02),
-        usage(0x00),
-        report_size(8),
-        report_count(63),
-        input(data | variable),
-    end_collection(),
 };
 // clang-format on
 
 }  // namespace
 
-HeadsetModel razer_blackshark_v2() {
+HeadsetModel dell_sp325() {
     return {
-        .key = "razer-blackshark-v2",
-        .vendor_id = 0x1532,
-        .product_id = 0x0565,
-        .manufacturer = "Razer",
-        .product = "Razer BlackShark V2 HyperSpeed",
-        .serial = "PM2416H39500874",
+        .key = "dell-sp325",
+        .vendor_id = 0x413C,
+        .product_id = 0x8223,
+        .manufacturer = "Dell",
+        .product = "Dell SP325",
+        .serial = "CN0PW7K173902B",
         .descriptor = descriptor(items),
     };
 }

@@ -1,8 +1,8 @@
 // Logitech G535, a gaming headset. It has no telephony collection, so it is not admitted as a headset for
 // calls. The vendor collection has its logical minimum from the collection before, since global items outlast
 // a collection (HID 1.11, 6.2.2.7).
-#include "platform/virtual/headsets/headsets.h"
-#include "platform/virtual/headsets/items.h"
+#include "virtual_headset/models/headsets.h"
+#include "virtual_headset/models/items.h"
 
 namespace platform::virtual_headsets {
 namespace {

@@ -1,7 +1,7 @@
 // Poly Voyager Base CD, the base of a wireless headset. Each indicator has an output report of its own.
 // Global items stand only where they change, so that one report count serves several reports.
-#include "platform/virtual/headsets/headsets.h"
-#include "platform/virtual/headsets/items.h"
+#include "virtual_headset/models/headsets.h"
+#include "virtual_headset/models/items.h"
 
 namespace platform::virtual_headsets {
 namespace {

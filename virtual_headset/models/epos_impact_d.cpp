@@ -1,8 +1,8 @@
 // EPOS IMPACT D, a wireless headset with a dongle. The ringer, a telephony usage, comes before the indicators
 // in their report. The telephony collection has volume keys too, and an application collection nested in it,
 // without a usage.
-#include "platform/virtual/headsets/headsets.h"
-#include "platform/virtual/headsets/items.h"
+#include "virtual_headset/models/headsets.h"
+#include "virtual_headset/models/items.h"
 
 namespace platform::virtual_headsets {
 namespace {

@@ -1,8 +1,8 @@
 // Logitech MX Brio, a camera with a microphone. Its telephony collection comes last of six and lights Mute
 // and, where On-Line of the LED page would be expected, Line of the Telephony page. The product id is not
 // confirmed.
-#include "platform/virtual/headsets/headsets.h"
-#include "platform/virtual/headsets/items.h"
+#include "virtual_headset/models/headsets.h"
+#include "virtual_headset/models/items.h"
 
 namespace platform::virtual_headsets {
 namespace {

@@ -1,7 +1,7 @@
 // Sennheiser SC 660 ANC USB, a wired headset. The telephony collection has no ringer; a vendor collection
 // repeats its keys and indicators and adds one.
-#include "platform/virtual/headsets/headsets.h"
-#include "platform/virtual/headsets/items.h"
+#include "virtual_headset/models/headsets.h"
+#include "virtual_headset/models/items.h"
 
 namespace platform::virtual_headsets {
 namespace {

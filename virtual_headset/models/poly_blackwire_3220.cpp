@@ -1,8 +1,8 @@
 // Plantronics Blackwire 3220, a wired headset. Each indicator has an output report of its own, whose id is
 // the number of its usage. The vendor collection begins with the logical limits of the telephony collection,
 // since global items outlast a collection (HID 1.11, 6.2.2.7).
-#include "platform/virtual/headsets/headsets.h"
-#include "platform/virtual/headsets/items.h"
+#include "virtual_headset/models/headsets.h"
+#include "virtual_headset/models/items.h"
 
 namespace platform::virtual_headsets {
 namespace {

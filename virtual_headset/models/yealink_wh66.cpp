@@ -1,7 +1,7 @@
 // Yealink WH66, a wireless headset with a base. A vendor collection nests logical ones, the last of them
 // without a usage; another has reports of 1024 bytes, id included.
-#include "platform/virtual/headsets/headsets.h"
-#include "platform/virtual/headsets/items.h"
+#include "virtual_headset/models/headsets.h"
+#include "virtual_headset/models/items.h"
 
 namespace platform::virtual_headsets {
 namespace {

@@ -1,7 +1,7 @@
 // Microsoft SideWinder Game Voice, the control box of a headset for games. It has a telephony collection
 // without any telephony usage, and no report ids.
-#include "platform/virtual/headsets/headsets.h"
-#include "platform/virtual/headsets/items.h"
+#include "virtual_headset/models/headsets.h"
+#include "virtual_headset/models/items.h"
 
 namespace platform::virtual_headsets {
 namespace {

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "platform/virtual/headsets/headsets.h"
+#include "virtual_headset/models/headsets.h"
 
 namespace platform::virtual_headsets {
 namespace {
