@@ -16,17 +16,17 @@ function(orvex_layer folder)
   endforeach()
 endfunction()
 
-# The target of a layer's folder: hid -> orvex_layer_hid, platform/virtual -> orvex_layer_platform_virtual.
+# The target of a layer's folder: hid -> orvex_layer_hid, platform/hidp -> orvex_layer_platform_hidp.
 function(orvex_layer_target result folder)
   string(REPLACE "/" "_" name ${folder})
   set(${result} orvex_layer_${name} PARENT_SCOPE)
 endfunction()
 
-# Links a program or library with every layer of the plug-in, on one platform, as one group.
-function(orvex_link_plugin target platform)
+# Links a program or library with every layer of the plug-in, on one platform, as one group. The platform is named by
+# its folder and those it stands on, the highest first.
+function(orvex_link_plugin target)
   set(libraries "")
-  foreach(folder plugin devicemgr device drivers hid callstate base ${platform} ${ARGN} platform/hidp
-                 platform/common)
+  foreach(folder plugin devicemgr device drivers hid callstate base ${ARGN} platform/hidp platform/common)
     orvex_layer_target(layer ${folder})
     list(APPEND libraries ${layer})
   endforeach()
@@ -71,7 +71,7 @@ endfunction()
 # A plug-in library as a host loads it: the exports of the folders named, over the layers on one platform. The drivers
 # are all in it, those too that no headset is given: the linker would leave out what nothing refers to.
 function(orvex_plugin_library target)
-  cmake_parse_arguments(PLUGIN "" "PLATFORM" "EXPORTS" ${ARGN})
+  cmake_parse_arguments(PLUGIN "" "" "PLATFORM;EXPORTS" ${ARGN})
   orvex_exporting_library(${target} ${PLUGIN_EXPORTS})
   target_sources(${target} PRIVATE $<TARGET_OBJECTS:orvex_layer_drivers>)
   orvex_link_plugin(${target} ${PLUGIN_PLATFORM})

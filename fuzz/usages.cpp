@@ -10,7 +10,7 @@
 #include "hid/usage_input.h"
 #include "hid/usage_output.h"
 #include "orvex/headset_plugin.h"
-#include "platform/virtual/virtual_platform.h"
+#include "virtual_headset/platform/virtual_platform.h"
 
 using namespace headset_plugin;
 using fuzz::Bytes;

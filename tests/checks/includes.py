@@ -21,10 +21,11 @@ ALLOWED = {
     "platform/common": {"platform"},
     "platform/hidp": {"platform"},
     "platform/linux": {"platform", "platform/common", "platform/hidp"},
-    "platform/virtual": {"platform", "platform/common", "platform/hidp"},
+    "virtual_headset": {"platform", "platform/common", "platform/hidp"},
+    "virtual_headset/platform": {"platform", "platform/common", "platform/hidp", "virtual_headset"},
     "virtual_headset/models": set(),
-    "platform/virtual/uhid": {"platform", "platform/common", "platform/virtual"},
-    "platform/virtual/exports": {"include/orvex", "platform", "platform/virtual", "virtual_headset/models"},
+    "virtual_headset/uhid": {"platform", "platform/common", "virtual_headset"},
+    "virtual_headset/exports": {"include/orvex", "platform", "virtual_headset", "virtual_headset/models"},
     "base": {"platform", "include/orvex"},
     "callstate": BASE | {"include/orvex"},
     "hid": BASE,
@@ -35,14 +36,14 @@ ALLOWED = {
     "plugin/exports": DEVICEMGR | {"plugin", "callstate", "include/orvex"},
     "tools/common": set(),
     "tools/headset": DEVICEMGR
-    | {"tools/common", "include/orvex", "platform/common", "platform/hidp", "platform/linux", "platform/virtual"},
+    | {"tools/common", "include/orvex", "platform/common", "platform/hidp", "platform/linux", "virtual_headset"},
     "tools/softphone": {"tools/common", "include/orvex", "platform", "platform/common"},
 }
 
 # The operating system's headers, by their folders and names: they bring macros, so only platforms include them. Of
 # others only the standard library and hidapi's interface are free to all layers.
 SYSTEM_HEADER = re.compile(r"^(sys|linux|netinet|arpa)/|^(unistd|fcntl|poll|pthread|dlfcn|signal|windows|syslog)\.h$")
-SYSTEM_ALLOWED = re.compile(r"^(platform/(common|linux|windows|virtual/uhid)|tools/)")
+SYSTEM_ALLOWED = re.compile(r"^(platform/(common|linux|windows)|virtual_headset/uhid|tools/)")
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 SOURCES = {".cpp", ".h", ".c", ".hpp"}

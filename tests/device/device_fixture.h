@@ -12,8 +12,8 @@
 
 #include "base/headset_types.h"
 #include "device/device.h"
-#include "platform/virtual/virtual_platform.h"
 #include "tests/support/recording_logger.h"
+#include "virtual_headset/platform/virtual_platform.h"
 
 namespace device_test {
 

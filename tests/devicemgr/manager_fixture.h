@@ -14,9 +14,9 @@
 #include "devicemgr/device_mgr.h"
 #include "devicemgr/device_mgr_api.h"
 #include "devicemgr/message_thread.h"
-#include "platform/virtual/virtual_platform.h"
 #include "tests/support/glue_calls.h"
 #include "tests/support/layer_log.h"
+#include "virtual_headset/platform/virtual_platform.h"
 
 namespace manager_test {
 

@@ -18,10 +18,10 @@
 #include "drivers/jabra_cc.h"
 #include "drivers/logitech_cc.h"
 #include "hid/hid_access.h"
-#include "platform/virtual/virtual_platform.h"
 #include "tests/docs/markdown_table.h"
 #include "tests/docs/words.h"
 #include "virtual_headset/models/model.h"
+#include "virtual_headset/platform/virtual_platform.h"
 
 namespace docs {
 namespace {

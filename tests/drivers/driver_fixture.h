@@ -11,10 +11,10 @@
 #include <vector>
 
 #include "drivers/driver_factory.h"
-#include "platform/virtual/virtual_platform.h"
 #include "tests/hid/headsets_on_bus.h"
 #include "tests/hid/scripted_parser.h"
 #include "tests/support/layer_log.h"
+#include "virtual_headset/platform/virtual_platform.h"
 
 namespace headset_plugin::driver_test {
 

@@ -8,10 +8,10 @@
 #include <hidapi/hidapi.h>
 #include <thread>
 
-#include "platform/virtual/virtual_platform.h"
 #include "plugin/exports/hid_extensions.h"
 #include "tests/hid/headsets_on_bus.h"
 #include "tests/support/recording_logger.h"
+#include "virtual_headset/platform/virtual_platform.h"
 
 namespace platform::hid_test {
 namespace {

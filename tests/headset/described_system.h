@@ -7,9 +7,9 @@
 
 #include "platform/common/steady_clock.h"
 #include "platform/text.h"
-#include "platform/virtual/virtual_bus.h"
 #include "tests/headset/small_headset.h"
 #include "tools/headset/system.h"
+#include "virtual_headset/virtual_bus.h"
 
 namespace headset {
 

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/virtual/virtual_bus.h"
 #include "virtual_headset/models/items.h"
 #include "virtual_headset/models/model.h"
+#include "virtual_headset/virtual_bus.h"
 
 namespace platform::hid_test {
 

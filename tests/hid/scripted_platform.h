@@ -8,9 +8,9 @@
 #include <string>
 
 #include "platform/platform.h"
-#include "platform/virtual/virtual_bus.h"
-#include "platform/virtual/virtual_clock.h"
 #include "tests/hid/scripted_parser.h"
+#include "virtual_headset/platform/virtual_clock.h"
+#include "virtual_headset/virtual_bus.h"
 
 namespace platform::hid_test {
 

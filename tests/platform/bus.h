@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/virtual/virtual_bus.h"
-#include "platform/virtual/virtual_clock.h"
+#include "virtual_headset/platform/virtual_clock.h"
+#include "virtual_headset/virtual_bus.h"
 
 namespace bus_test {
 

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "platform/common/steady_clock.h"
-#include "platform/virtual/virtual_clock.h"
 #include "tests/support/recording_logger.h"
+#include "virtual_headset/platform/virtual_clock.h"
 
 namespace {
 

@@ -18,10 +18,10 @@
 #include "drivers/driver_factory.h"
 #include "orvex/headset_plugin.h"
 #include "orvex/virtual_headset.h"
-#include "platform/virtual/virtual_platform.h"
 #include "tests/plugin/plugin_threads.h"
 #include "tests/support/recording_host.h"
 #include "tests/support/recording_logger.h"
+#include "virtual_headset/platform/virtual_platform.h"
 
 namespace test_support {
 

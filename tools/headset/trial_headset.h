@@ -9,9 +9,9 @@
 #include "devicemgr/admission.h"
 #include "drivers/driver_factory.h"
 #include "hid/hid_access.h"
-#include "platform/virtual/virtual_bus.h"
 #include "tools/headset/descriptor_file.h"
 #include "tools/headset/usage_names.h"
+#include "virtual_headset/virtual_bus.h"
 
 namespace headset {
 

@@ -2,7 +2,7 @@
 // devices.
 #pragma once
 
-#include "platform/virtual/virtual_bus.h"
+#include "virtual_headset/virtual_bus.h"
 
 namespace platform::virtual_platform {
 

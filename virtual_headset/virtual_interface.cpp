@@ -1,4 +1,4 @@
-#include "platform/virtual/virtual_interface.h"
+#include "virtual_headset/virtual_interface.h"
 
 #include <algorithm>
 

@@ -7,8 +7,8 @@
 #include <thread>
 
 #include "platform/mutex.h"
-#include "platform/virtual/transport.h"
-#include "platform/virtual/uhid/uhid_device.h"
+#include "virtual_headset/transport.h"
+#include "virtual_headset/uhid/uhid_device.h"
 
 namespace platform::virtual_platform {
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/virtual/virtual_bus.h"
+#include "virtual_headset/virtual_bus.h"
 
 namespace platform::virtual_platform {
 

@@ -1,4 +1,4 @@
-#include "platform/virtual/virtual_platform.h"
+#include "virtual_headset/platform/virtual_platform.h"
 
 namespace platform {
 

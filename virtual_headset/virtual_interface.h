@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "platform/virtual/virtual_headset.h"
+#include "virtual_headset/virtual_headset.h"
 
 namespace platform::virtual_platform {
 

@@ -1,4 +1,4 @@
-#include "platform/virtual/uhid/uhid_transport.h"
+#include "virtual_headset/uhid/uhid_transport.h"
 
 #include <cerrno>
 #include <chrono>

@@ -1,4 +1,4 @@
-#include "platform/virtual/virtual_clock.h"
+#include "virtual_headset/platform/virtual_clock.h"
 
 namespace platform::virtual_platform {
 

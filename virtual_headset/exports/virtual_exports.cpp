@@ -6,8 +6,8 @@
 #include <string>
 
 #include "orvex/virtual_headset.h"
-#include "platform/virtual/virtual_bus.h"
 #include "virtual_headset/models/model.h"
+#include "virtual_headset/virtual_bus.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 
 #include "platform/common/message_window.h"
 #include "platform/platform.h"
-#include "platform/virtual/virtual_bus.h"
-#include "platform/virtual/virtual_clock.h"
+#include "virtual_headset/platform/virtual_clock.h"
+#include "virtual_headset/virtual_bus.h"
 
 namespace platform::virtual_platform {
 

@@ -5,7 +5,7 @@
 #include <memory>
 #include <span>
 
-#include "platform/virtual/virtual_bus.h"
+#include "virtual_headset/virtual_bus.h"
 
 struct uhid_event;
 

@@ -1,4 +1,4 @@
-#include "platform/virtual/virtual_headset.h"
+#include "virtual_headset/virtual_headset.h"
 
 #include <algorithm>
 #include <array>

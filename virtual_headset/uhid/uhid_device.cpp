@@ -1,4 +1,4 @@
-#include "platform/virtual/uhid/uhid_device.h"
+#include "virtual_headset/uhid/uhid_device.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -8,7 +8,7 @@
 #include <string>
 #include <unistd.h>
 
-#include "platform/virtual/virtual_headset.h"
+#include "virtual_headset/virtual_headset.h"
 
 namespace platform::virtual_platform {
 

@@ -1,10 +1,10 @@
-#include "platform/virtual/virtual_bus.h"
+#include "virtual_headset/virtual_bus.h"
 
 #include <algorithm>
 
-#include "platform/virtual/transport.h"
-#include "platform/virtual/virtual_headset.h"
-#include "platform/virtual/virtual_interface.h"
+#include "virtual_headset/transport.h"
+#include "virtual_headset/virtual_headset.h"
+#include "virtual_headset/virtual_interface.h"
 
 namespace platform::virtual_platform {
 

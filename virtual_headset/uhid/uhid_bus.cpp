@@ -1,7 +1,7 @@
 // The bus of headsets that the whole system sees.
 
 #include "platform/common/steady_clock.h"
-#include "platform/virtual/uhid/uhid_transport.h"
+#include "virtual_headset/uhid/uhid_transport.h"
 
 namespace platform::virtual_platform {
 
