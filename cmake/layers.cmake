@@ -1,13 +1,13 @@
 # One static library per folder. orvex_layer(hid USES base) makes the library orvex_layer_hid of every source file
-# in hid/. A lower layer calls upwards through functions that it declares and an upper layer defines, so the
+# in src/hid/. A lower layer calls upwards through functions that it declares and an upper layer defines, so the
 # libraries of one program are linked as one group, which the linker searches until nothing is missing.
 
 function(orvex_layer folder)
   cmake_parse_arguments(LAYER "" "" "USES" ${ARGN})
   orvex_layer_target(target ${folder})
-  file(GLOB sources CONFIGURE_DEPENDS ${folder}/*.cpp)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${folder}/*.cpp)
   add_library(${target} STATIC ${sources})
-  target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/include)
+  target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/include)
   target_include_directories(${target} SYSTEM PUBLIC ${HIDAPI_INCLUDE_DIR})
   target_link_libraries(${target} PUBLIC Threads::Threads)
   foreach(used IN LISTS LAYER_USES)
@@ -34,13 +34,23 @@ function(orvex_link_plugin target)
   target_link_libraries(${target} PRIVATE "$<LINK_GROUP:RESCAN,${group}>" Threads::Threads)
 endfunction()
 
-# The exported functions of one folder, as objects: a plug-in library is made of these and of what they need.
+# The exported functions of one folder, as objects: a plug-in library is made of these and of what they need. The
+# folder is one of src/, or another that is named by its path from where this is called.
 function(orvex_exports folder)
   orvex_layer_target(target ${folder})
-  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.cpp)
+  orvex_exports_folder(path ${folder})
+  file(GLOB sources CONFIGURE_DEPENDS ${path}/*.cpp)
   add_library(${target} OBJECT ${sources})
-  target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/include)
+  target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/include)
   target_include_directories(${target} SYSTEM PUBLIC ${HIDAPI_INCLUDE_DIR})
+endfunction()
+
+function(orvex_exports_folder result folder)
+  set(path ${CMAKE_SOURCE_DIR}/src/${folder})
+  if(NOT EXISTS ${path})
+    set(path ${CMAKE_CURRENT_SOURCE_DIR}/${folder})
+  endif()
+  set(${result} ${path} PARENT_SCOPE)
 endfunction()
 
 # A shared library made of the exports of the folders named. Nothing is visible but the functions in the exports.txt of
@@ -51,7 +61,8 @@ function(orvex_exporting_library target)
   foreach(folder ${ARGN})
     orvex_layer_target(exports ${folder})
     target_sources(${target} PRIVATE $<TARGET_OBJECTS:${exports}>)
-    set(list_file ${CMAKE_SOURCE_DIR}/${folder}/exports.txt)
+    orvex_exports_folder(path ${folder})
+    set(list_file ${path}/exports.txt)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${list_file})
     file(STRINGS ${list_file} lines REGEX "^[A-Za-z_]")
     list(APPEND names ${lines})

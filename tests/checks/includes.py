@@ -9,7 +9,7 @@ import re
 import sys
 
 # Who may include whom, besides itself: the folder of a layer, and the folders it may reach into. A folder stands for
-# the files in it, not for those of folders below it. "system" is what includes the operating system's own headers.
+# the files in it, not for those of folders below it.
 BASE = {"platform", "base"}
 HID = BASE | {"hid"}
 DRIVERS = HID | {"drivers"}
@@ -21,9 +21,9 @@ ALLOWED = {
     "platform/common": {"platform"},
     "platform/hidp": {"platform"},
     "platform/linux": {"platform", "platform/common", "platform/hidp"},
+    "virtual_headset/models": set(),
     "virtual_headset": {"platform", "platform/common", "platform/hidp"},
     "virtual_headset/platform": {"platform", "platform/common", "platform/hidp", "virtual_headset"},
-    "virtual_headset/models": set(),
     "virtual_headset/uhid": {"platform", "platform/common", "virtual_headset"},
     "virtual_headset/exports": {"include/orvex", "platform", "virtual_headset", "virtual_headset/models"},
     "base": {"platform", "include/orvex"},
@@ -43,7 +43,7 @@ ALLOWED = {
 # The operating system's headers, by their folders and names: they bring macros, so only platforms include them. Of
 # others only the standard library and hidapi's interface are free to all layers.
 SYSTEM_HEADER = re.compile(r"^(sys|linux|netinet|arpa)/|^(unistd|fcntl|poll|pthread|dlfcn|signal|windows|syslog)\.h$")
-SYSTEM_ALLOWED = re.compile(r"^(platform/(common|linux|windows)|virtual_headset/uhid|tools/)")
+SYSTEM_ALLOWED = re.compile(r"^(platform/(common|linux|windows)|virtual_headset/uhid)$|^tools/")
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 SOURCES = {".cpp", ".h", ".c", ".hpp"}
@@ -51,13 +51,13 @@ SOURCES = {".cpp", ".h", ".c", ".hpp"}
 
 def layer_of(path):
     """The layer that a file, given by its path from the root, belongs to; None for a file of no layer."""
-    folder = pathlib.PurePosixPath(path).parent.as_posix()
+    folder = pathlib.PurePosixPath(path).parent.as_posix().removeprefix("src/")
     return folder if folder in ALLOWED else None
 
 
 def target_of(included, root):
     """The path from the root that an include names; None for one of the system."""
-    for base in ("", "include/"):
+    for base in ("src/", "", "include/"):
         if (root / (base + included)).is_file():
             return base + included
     return None
@@ -76,8 +76,8 @@ def violations_in(path, root):
         target = target_of(included, root)
         if target is None:
             if match.group(1) == '"':
-                yield number, f'"{included}" is not a path from the root'
-            elif SYSTEM_HEADER.match(included) and not SYSTEM_ALLOWED.match(path):
+                yield number, f'"{included}" is not a path from src/ or the root'
+            elif SYSTEM_HEADER.match(included) and not SYSTEM_ALLOWED.match(layer):
                 yield number, f"<{included}> is the operating system's: only platforms include it"
             continue
         reached = layer_of(target)
@@ -91,8 +91,7 @@ def main():
     if len(sys.argv) != 2:
         sys.exit(__doc__)
     root = pathlib.Path(sys.argv[1])
-    folders = sorted({folder.split("/")[0] for folder in ALLOWED})
-    files = [f for folder in folders for f in sorted((root / folder).rglob("*")) if f.suffix in SOURCES]
+    files = [f for folder in ("include", "src", "tools") for f in sorted((root / folder).rglob("*")) if f.suffix in SOURCES]
     if not files:
         sys.exit(f"{root}: no sources found")
     found = 0

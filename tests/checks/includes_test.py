@@ -25,30 +25,30 @@ class IncludeRule(unittest.TestCase):
         self.assertIn(reason, result.stdout)
 
     def test_accepts_an_include_of_a_lower_layer(self):
-        result = self.check({"hid/a.h": "", "drivers/b.cpp": '#include "hid/a.h"\n#include <vector>\n'})
+        result = self.check({"src/hid/a.h": "", "src/drivers/b.cpp": '#include "hid/a.h"\n#include <vector>\n'})
         self.assertEqual(result.returncode, 0, result.stdout)
         self.assertIn("2 files, 0 violations", result.stdout)
 
     def test_refuses_an_include_of_a_higher_layer(self):
         self.assert_refused(
-            {"drivers/b.h": "", "hid/a.cpp": '#include "drivers/b.h"\n'},
-            "hid/a.cpp:1: hid must not include drivers (drivers/b.h)",
+            {"src/drivers/b.h": "", "src/hid/a.cpp": '#include "drivers/b.h"\n'},
+            "src/hid/a.cpp:1: hid must not include drivers (drivers/b.h)",
         )
 
     def test_refuses_the_boundary_to_lower_layers(self):
         self.assert_refused(
-            {"plugin/p.h": "", "device/a.cpp": '\n#include "plugin/p.h"\n'},
-            "device/a.cpp:2: device must not include plugin (plugin/p.h)",
+            {"src/plugin/p.h": "", "src/device/a.cpp": '\n#include "plugin/p.h"\n'},
+            "src/device/a.cpp:2: device must not include plugin (plugin/p.h)",
         )
 
     def test_refuses_a_path_that_is_not_from_the_root(self):
-        self.assert_refused({"hid/a.h": "", "hid/a.cpp": '#include "a.h"\n'}, '"a.h" is not a path from the root')
+        self.assert_refused({"src/hid/a.h": "", "src/hid/a.cpp": '#include "a.h"\n'}, '"a.h" is not a path from src/ or the root')
 
     def test_refuses_system_headers_outside_the_platforms(self):
-        self.assert_refused({"device/a.cpp": "#include <unistd.h>\n"}, "only platforms include it")
+        self.assert_refused({"src/device/a.cpp": "#include <unistd.h>\n"}, "only platforms include it")
 
     def test_refuses_a_folder_that_is_no_layer(self):
-        self.assert_refused({"plugin/new/a.cpp": ""}, "this folder is no layer")
+        self.assert_refused({"src/plugin/new/a.cpp": ""}, "this folder is no layer")
 
     def test_refuses_an_empty_tree(self):
         self.assertNotEqual(self.check({}).returncode, 0)
