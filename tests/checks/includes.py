@@ -8,6 +8,12 @@ import pathlib
 import re
 import sys
 
+# The folders of src/, lowest first, and above them the tools. An include between two of them runs down.
+ORDER = (
+    "include", "platform", "virtual_headset", "base", "callstate", "hid", "drivers", "device", "devicemgr", "plugin",
+    "tools",
+)
+
 # Who may include whom, besides itself: the folder of a layer, and the folders it may reach into. A folder stands for
 # the files in it, not for those of folders below it.
 BASE = {"platform", "base"}
@@ -55,6 +61,10 @@ def layer_of(path):
     return folder if folder in ALLOWED else None
 
 
+def height_of(layer):
+    return ORDER.index(layer.split("/")[0])
+
+
 def target_of(included, root):
     """The path from the root that an include names; None for one of the system."""
     for base in ("src/", "", "include/"):
@@ -83,6 +93,8 @@ def violations_in(path, root):
         reached = layer_of(target)
         if reached is None:
             yield number, f"{included} is in no layer"
+        elif height_of(reached) > height_of(layer):
+            yield number, f"{layer} must not reach up into {reached} ({included})"
         elif reached != layer and reached not in ALLOWED[layer]:
             yield number, f"{layer} must not include {reached} ({included})"
 

@@ -32,14 +32,44 @@ class IncludeRule(unittest.TestCase):
     def test_refuses_an_include_of_a_higher_layer(self):
         self.assert_refused(
             {"src/drivers/b.h": "", "src/hid/a.cpp": '#include "drivers/b.h"\n'},
-            "src/hid/a.cpp:1: hid must not include drivers (drivers/b.h)",
+            "src/hid/a.cpp:1: hid must not reach up into drivers (drivers/b.h)",
         )
 
     def test_refuses_the_boundary_to_lower_layers(self):
         self.assert_refused(
             {"src/plugin/p.h": "", "src/device/a.cpp": '\n#include "plugin/p.h"\n'},
-            "src/device/a.cpp:2: device must not include plugin (plugin/p.h)",
+            "src/device/a.cpp:2: device must not reach up into plugin (plugin/p.h)",
         )
+
+    def test_refuses_a_lower_layer_that_is_none_of_its_own(self):
+        self.assert_refused(
+            {"src/hid/h.h": "", "src/callstate/a.cpp": '#include "hid/h.h"\n'},
+            "src/callstate/a.cpp:1: callstate must not reach up into hid (hid/h.h)",
+        )
+        self.assert_refused(
+            {"src/callstate/c.h": "", "src/hid/a.cpp": '#include "callstate/c.h"\n'},
+            "src/hid/a.cpp:1: hid must not include callstate (callstate/c.h)",
+        )
+
+    def test_refuses_an_arrow_from_the_platforms_to_the_virtual_headsets(self):
+        self.assert_refused(
+            {"src/virtual_headset/v.h": "", "src/platform/common/a.cpp": '#include "virtual_headset/v.h"\n'},
+            "platform/common must not reach up into virtual_headset (virtual_headset/v.h)",
+        )
+
+    def test_refuses_a_table_that_lets_a_layer_reach_up(self):
+        with tempfile.TemporaryDirectory() as folder:
+            check = pathlib.Path(folder, "includes.py")
+            text = CHECK.read_text(encoding="utf-8")
+            check.write_text(text.replace('    "hid": BASE,', '    "hid": BASE | {"plugin"},'), encoding="utf-8")
+            self.assertNotEqual(check.read_text(encoding="utf-8"), text)
+            for name in ("src/plugin/p.h", "src/hid/a.cpp"):
+                path = pathlib.Path(folder, name)
+                path.parent.mkdir(parents=True)
+                path.write_text('#include "plugin/p.h"\n' if name.endswith(".cpp") else "", encoding="utf-8")
+            result = subprocess.run([sys.executable, check, folder], capture_output=True, text=True, check=False)
+            self.assertEqual(result.returncode, 1)
+            self.assertIn("hid must not reach up into plugin", result.stdout)
 
     def test_refuses_a_path_that_is_not_from_the_root(self):
         self.assert_refused({"src/hid/a.h": "", "src/hid/a.cpp": '#include "a.h"\n'}, '"a.h" is not a path from src/ or the root')
