@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "platform/hidp/hidp.h"
-#include "tests/hidp/costly_descriptors.h"
+#include "tests/platform/hidp/costly_descriptors.h"
 #include "virtual_headset/models/model.h"
 
 using namespace platform;

@@ -1,0 +1,78 @@
+// The commands that look at the machine, on described ones.
+#include "tools/headset/commands.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+
+#include "tests/tools/headset/described_system.h"
+#include "tools/common/text.h"
+#include "tools/headset/caps_json.h"
+#include "tools/headset/errors.h"
+
+namespace headset {
+namespace {
+
+class Commands : public testing::Test {
+  protected:
+    int run(const Options& options) {
+        std::istringstream input;
+        output_.str("");
+        return headset::run(options, system_, input, output_);
+    }
+    std::string explain(const std::string& argument) {
+        run({.command = Command::explain, .descriptor = argument});
+        return output_.str();
+    }
+    bool has_said(const std::string& part) const { return output_.str().find(part) != std::string::npos; }
+
+    DescribedSystem system_;
+    std::ostringstream output_;
+};
+
+TEST_F(Commands, explain_takes_a_node_or_a_collection_of_it) {
+    system_.plug({});
+    const auto text = explain("/dev/hidraw0");
+    EXPECT_TRUE(has_said("Jabra Link 380c, 0B0E:24C9: the plug-in has a driver"));
+    EXPECT_TRUE(has_said("1  Headset (0B:05)           opened"));
+    EXPECT_EQ(explain("/dev/hidraw0:3"), text);
+}
+
+TEST_F(Commands, explain_tells_of_a_device_without_a_serial_that_it_is_not_let_in) {
+    system_.plug({.serial = {}});
+    explain("/dev/hidraw0");
+    EXPECT_TRUE(has_said("not let in: the device states no serial number")) << output_.str();
+}
+
+TEST_F(Commands, explain_refuses_a_collection_that_the_node_does_not_have) {
+    system_.plug({});
+    EXPECT_THROW(explain("/dev/hidraw0:4"), Refused);
+}
+
+TEST_F(Commands, explain_needs_no_hidapi_for_a_descriptor) {
+    system_.hidapi_failure = "not there";
+    explain(tools::to_hex(small_headset()));
+    EXPECT_TRUE(has_said("lit by 02 01"));
+}
+
+TEST_F(Commands, list_prints_a_line_of_json_per_interface) {
+    system_.plug({});
+    EXPECT_EQ(run({.command = Command::list, .json = true}), exit_ok);
+    std::istringstream lines(output_.str());
+    int count = 0;
+    for (std::string line; std::getline(lines, line); ++count)
+        EXPECT_EQ(Json::parse(line)["product"], "Jabra Link 380c");
+    EXPECT_EQ(count, 3);
+    EXPECT_EQ(run({.command = Command::list}), exit_ok);
+    EXPECT_TRUE(has_said("/dev/hidraw0:3  Consumer Control"));
+}
+
+TEST_F(Commands, the_status_of_doctor_tells_whether_calls_will_work) {
+    EXPECT_EQ(run({.command = Command::doctor}), exit_refused);
+    EXPECT_TRUE(has_said("Calls will not work."));
+    system_.plug({});
+    EXPECT_EQ(run({.command = Command::doctor, .json = true}), exit_ok);
+    EXPECT_EQ(Json::parse(output_.str())["calls_work"], true);
+}
+
+}  // namespace
+}  // namespace headset
