@@ -8,12 +8,8 @@ include(CMakePackageConfigHelpers)
 
 set(orvex_config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/${PROJECT_NAME})
 
-# orvex_install_library(TARGET EXPORT_NAME COMPONENT): a library for clients to link with, as orvex::EXPORT_NAME.
-function(orvex_install_library target export_name component)
-  target_include_directories(${target} INTERFACE $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}/include>
-                                                 $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-  target_compile_features(${target} INTERFACE cxx_std_17)
-  set_target_properties(${target} PROPERTIES EXPORT_NAME ${export_name})
+# orvex_install_library(TARGET COMPONENT): a library for clients to link with.
+function(orvex_install_library target component)
   install(TARGETS ${target} EXPORT ${PROJECT_NAME}-targets
           LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component} NAMELINK_COMPONENT development)
 endfunction()
@@ -23,37 +19,34 @@ endfunction()
 function(orvex_install_pkg_config target description)
   file(RELATIVE_PATH libdir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_FULL_LIBDIR})
   file(RELATIVE_PATH includedir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_FULL_INCLUDEDIR})
-  set(file ${CMAKE_BINARY_DIR}/pkgconfig/${target}.pc)
-  configure_file(packaging/pkgconfig/library.pc.in ${file} @ONLY)
+  set(file ${PROJECT_BINARY_DIR}/pkgconfig/${target}.pc)
+  configure_file(${PROJECT_SOURCE_DIR}/packaging/pkgconfig/library.pc.in ${file} @ONLY)
   install(FILES ${file} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 endfunction()
 
-orvex_install_library(orvex_headset_plugin         headset_plugin         runtime)
-orvex_install_library(orvex_headset_plugin_virtual headset_plugin_virtual virtual)
-orvex_install_library(orvex_virtual_headset_uhid   virtual_headset_uhid   virtual)
+orvex_install_library(orvex_headset_plugin         runtime)
+orvex_install_library(orvex_headset_plugin_virtual virtual)
+orvex_install_library(orvex_virtual_headset_uhid   virtual)
 orvex_install_pkg_config(orvex_headset_plugin         "Call control from USB headsets")
 orvex_install_pkg_config(orvex_headset_plugin_virtual "Call control from USB headsets, on virtual ones")
 orvex_install_pkg_config(orvex_virtual_headset_uhid   "Virtual headsets for every program of the system")
 
 install(FILES packaging/linux/70-orvex-headset.rules DESTINATION lib/udev/rules.d COMPONENT runtime)
 
-# A client that loads a library by name needs the headers alone.
-add_library(orvex_headset_plugin_headers INTERFACE)
-target_include_directories(orvex_headset_plugin_headers INTERFACE $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}/include>
-                                                                  $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-target_compile_features(orvex_headset_plugin_headers INTERFACE cxx_std_17)
-set_target_properties(orvex_headset_plugin_headers PROPERTIES EXPORT_NAME headset_plugin_headers)
 install(TARGETS orvex_headset_plugin_headers EXPORT ${PROJECT_NAME}-targets)
 install(DIRECTORY include/orvex DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 
-configure_package_config_file(packaging/cmake/config.cmake.in ${CMAKE_BINARY_DIR}/${PROJECT_NAME}-config.cmake
+configure_package_config_file(packaging/cmake/config.cmake.in ${PROJECT_BINARY_DIR}/${PROJECT_NAME}-config.cmake
                               INSTALL_DESTINATION ${orvex_config_folder})
-write_basic_package_version_file(${CMAKE_BINARY_DIR}/${PROJECT_NAME}-config-version.cmake COMPATIBILITY SameMajorVersion)
-install(FILES ${CMAKE_BINARY_DIR}/${PROJECT_NAME}-config.cmake
-              ${CMAKE_BINARY_DIR}/${PROJECT_NAME}-config-version.cmake
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/${PROJECT_NAME}-config-version.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/${PROJECT_NAME}-config.cmake
+              ${PROJECT_BINARY_DIR}/${PROJECT_NAME}-config-version.cmake
         DESTINATION ${orvex_config_folder} COMPONENT development)
 install(EXPORT ${PROJECT_NAME}-targets NAMESPACE orvex:: DESTINATION ${orvex_config_folder} COMPONENT development)
 
+if(NOT ORVEX_TOOLS)
+  return()
+endif()
 install(TARGETS headset softphone RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 install(FILES packaging/man/headset.1 packaging/man/softphone.1
         DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)

@@ -5,9 +5,9 @@
 function(orvex_layer folder)
   cmake_parse_arguments(LAYER "" "" "USES" ${ARGN})
   orvex_layer_target(target ${folder})
-  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${folder}/*.cpp)
+  file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/${folder}/*.cpp)
   add_library(${target} STATIC ${sources})
-  target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/include)
+  target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
   target_include_directories(${target} SYSTEM PUBLIC ${HIDAPI_INCLUDE_DIR})
   target_link_libraries(${target} PUBLIC Threads::Threads)
   foreach(used IN LISTS LAYER_USES)
@@ -41,12 +41,12 @@ function(orvex_exports folder)
   orvex_exports_folder(path ${folder})
   file(GLOB sources CONFIGURE_DEPENDS ${path}/*.cpp)
   add_library(${target} OBJECT ${sources})
-  target_include_directories(${target} PUBLIC ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/include)
+  target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
   target_include_directories(${target} SYSTEM PUBLIC ${HIDAPI_INCLUDE_DIR})
 endfunction()
 
 function(orvex_exports_folder result folder)
-  set(path ${CMAKE_SOURCE_DIR}/src/${folder})
+  set(path ${PROJECT_SOURCE_DIR}/src/${folder})
   if(NOT EXISTS ${path})
     set(path ${CMAKE_CURRENT_SOURCE_DIR}/${folder})
   endif()
@@ -68,14 +68,14 @@ function(orvex_exporting_library target)
     list(APPEND names ${lines})
   endforeach()
   list(JOIN names ";\n    " globals)
-  set(map ${CMAKE_BINARY_DIR}/${target}.map)
+  set(map ${PROJECT_BINARY_DIR}/${target}.map)
   file(CONFIGURE OUTPUT ${map} CONTENT "{\n  global:\n    @globals@;\n  local: *;\n};\n" @ONLY)
   set_property(TARGET ${target} PROPERTY LINK_DEPENDS ${map})
   # -Bsymbolic: the plug-in's hid_* stay its own, whatever the host links. nodelete: a thread that is still on its
   # way out after the host's dlclose must find its code mapped.
   target_link_options(${target} PRIVATE LINKER:--version-script=${map} LINKER:-Bsymbolic LINKER:-z,nodelete
                       LINKER:-z,relro LINKER:-z,now)
-  set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib
+  set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib
                         VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
 endfunction()
 
@@ -86,4 +86,14 @@ function(orvex_plugin_library target)
   orvex_exporting_library(${target} ${PLUGIN_EXPORTS})
   target_sources(${target} PRIVATE $<TARGET_OBJECTS:orvex_layer_drivers>)
   orvex_link_plugin(${target} ${PLUGIN_PLATFORM})
+endfunction()
+
+# A library for clients to use as orvex::headset_plugin, whether they embed this project or find it installed.
+function(orvex_for_clients target)
+  target_include_directories(${target} INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+                                                 $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  target_compile_features(${target} INTERFACE cxx_std_17)
+  string(REGEX REPLACE "^orvex_" "" name ${target})
+  set_target_properties(${target} PROPERTIES EXPORT_NAME ${name})
+  add_library(orvex::${name} ALIAS ${target})
 endfunction()

@@ -12,7 +12,7 @@ find_library(UDEV_LIBRARY udev REQUIRED)
 add_library(orvex_loaded_libraries MODULE packaging/debian/loaded_libraries.cpp)
 target_include_directories(orvex_loaded_libraries SYSTEM PRIVATE ${HIDAPI_INCLUDE_DIR} ${UDEV_INCLUDE_DIR})
 target_link_libraries(orvex_loaded_libraries PRIVATE ${HIDAPI_LIBRARY} ${UDEV_LIBRARY})
-set_target_properties(orvex_loaded_libraries PROPERTIES LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/debian)
+set_target_properties(orvex_loaded_libraries PROPERTIES LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/debian)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -33,7 +33,7 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 # these, and to have the loader look again when they come or go.
 function(orvex_library_package component name)
   string(TOUPPER ${component} COMPONENT)
-  set(folder ${CMAKE_BINARY_DIR}/debian/${component})
+  set(folder ${PROJECT_BINARY_DIR}/debian/${component})
   set(shlibs "")
   foreach(library ${ARGN})
     string(APPEND shlibs "lib${library} ${PROJECT_VERSION_MAJOR} ${name} (>= ${PROJECT_VERSION})\n")
@@ -68,7 +68,7 @@ orvex_library_package(runtime liborvex-headset-plugin${PROJECT_VERSION_MAJOR} or
 orvex_library_package(virtual liborvex-headset-plugin-virtual${PROJECT_VERSION_MAJOR}
                       orvex_headset_plugin_virtual orvex_virtual_headset_uhid)
 # In place of the one that cpack would write, which calls ldconfig: the trigger does that.
-list(APPEND CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_SOURCE_DIR}/packaging/debian/postinst)
+list(APPEND CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debian/postinst)
 orvex_package(development liborvex-headset-plugin-dev libdevel
   "call control from USB headsets - development files"
   "Headers, and what CMake and pkg-config need, for calling clients that work
@@ -83,10 +83,10 @@ headset plug-in at work, on real or virtual headsets."
   DEPENDS runtime virtual)
 
 # What each package holds beside what is installed, and what dpkg-shlibdeps makes of the loaded libraries.
-set(CPACK_PROJECT_CONFIG_FILE ${CMAKE_SOURCE_DIR}/packaging/debian/dependencies.cmake)
-set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_SOURCE_DIR}/packaging/debian/documents.cmake)
+set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_SOURCE_DIR}/packaging/debian/dependencies.cmake)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/debian/documents.cmake)
 set(CPACK_ORVEX_SHLIBDEPS ${DPKG_SHLIBDEPS})
-set(CPACK_ORVEX_LOADED_LIBRARIES ${CMAKE_BINARY_DIR}/debian/liborvex_loaded_libraries.so)
-set(CPACK_ORVEX_WORK_DIR ${CMAKE_BINARY_DIR}/debian/loaded)
-set(CPACK_ORVEX_SOURCE_DIR ${CMAKE_SOURCE_DIR})
+set(CPACK_ORVEX_LOADED_LIBRARIES ${PROJECT_BINARY_DIR}/debian/liborvex_loaded_libraries.so)
+set(CPACK_ORVEX_WORK_DIR ${PROJECT_BINARY_DIR}/debian/loaded)
+set(CPACK_ORVEX_SOURCE_DIR ${PROJECT_SOURCE_DIR})
 include(CPack)
