@@ -1,14 +1,16 @@
 #!/usr/bin/env python3
 """Builds the C++ programs that a document shows, with the document's own commands, and runs them.
 
-Usage: examples.py [--excerpts] ROOT DOCUMENT COMPILER VIRTUAL_LIBRARY [FLAG...]
+Usage: examples.py [--excerpts] [--own-modules] ROOT DOCUMENT COMPILER VIRTUAL_LIBRARY [FLAG...]
 
 A block of C++ with main() is a program. It is built by the next g++ command, and has to end with status 0 and to print
-what the block of text behind it shows, if there is one. A block that begins with `// NAME.h` is that file. The commands
-run where `include` and `build/demo/lib` are those of the project; a pkg-config command gives the flags that the installed
-module would. Under the product library's name, too, stands the virtual one.
+what the block of text behind it shows, if there is one. A block that begins with `// NAME.h` is that file. A block behind
+the line "<!-- not built -->" is passed over. The commands run where `include` and `build/demo/lib` are those of the project;
+of the project's modules, a pkg-config command gives the flags that the installed module would. Under the product library's
+name, too, stands the virtual one.
 
-With --excerpts, every other block of C++ has to stand, line by line, in one of the programs or files.
+With --excerpts, every other block of C++ has to stand, line by line, in one of the programs or files. With --own-modules,
+programs that use modules of others are not built: ThreadSanitizer sees no locks of libraries that are built without it.
 """
 
 import argparse
@@ -21,8 +23,10 @@ import sys
 import tempfile
 
 BLOCK = re.compile(r"^```(\w+)\n(.*?)^```$", re.M | re.S)
+NOT_BUILT = re.compile(r"^<!-- not built -->\n```cpp\n.*?^```$", re.M | re.S)
 HEADER = re.compile(r"// (\w+\.h)\b")
 COMMAND = re.compile(r"^    (g\+\+ .*) -o (\S+)$", re.M)
+PKG_CONFIG = re.compile(r"\$\(pkg-config (.*?)\)")
 LIBRARIES = ("orvex_headset_plugin", "orvex_headset_plugin_virtual")
 
 
@@ -53,6 +57,9 @@ def is_program(code):
 
 def parse(document):
     """The programs of a document, its header files by their names, and its other blocks of C++."""
+    document, _ = NOT_BUILT.subn("", document)
+    if "<!-- not built -->" in document:
+        raise Failure("what is not built is no block of C++")
     blocks = [block for block in BLOCK.finditer(document) if block[1] == "cpp"]
     if len(blocks) != document.count("```cpp"):
         raise Failure("a block of C++ is indented, or has no end")
@@ -83,13 +90,30 @@ def check_excerpts(fragments, wholes):
             raise Failure(f"no program has these lines:\n\n{fragment}")
 
 
+def modules_of(match):
+    """The modules that a pkg-config command names: one of the project, and those of others."""
+    own, *others = [word for word in match[1].split() if not word.startswith("--")] or [""]
+    return own, others
+
+
+def uses_others(program):
+    return any(modules_of(match)[1] for match in PKG_CONFIG.finditer(program.command))
+
+
 def pkg_config(match):
-    """What pkg-config says of an installed module: --cflags, --libs and the module's name."""
-    words = match[1].split()
-    flags = {"--cflags": ["-Iinclude"], "--libs": ["-Lbuild/demo/lib", f"-l{words[-1]}"]}
-    if words[-1] not in LIBRARIES or not set(words[:-1]) <= set(flags):
+    """What pkg-config says of a module of the project, once it is installed; other modules are asked of pkg-config."""
+    own, others = modules_of(match)
+    options = [word for word in match[1].split() if word.startswith("--")]
+    flags = {"--cflags": ["-Iinclude"], "--libs": ["-Lbuild/demo/lib", f"-l{own}"]}
+    if own not in LIBRARIES or not set(options) <= set(flags):
         raise Failure(f"no module gives {match[0]}")
-    return " ".join(flag for word in words[:-1] for flag in flags[word])
+    words = [flag for option in options for flag in flags[option]]
+    if others:
+        installed = subprocess.run(["pkg-config", *options, *others], capture_output=True, text=True, check=False)
+        if installed.returncode != 0:
+            raise Failure(installed.stderr)
+        words.append(installed.stdout.strip())
+    return " ".join(words)
 
 
 def lay_out(folder, root, library):
@@ -106,7 +130,7 @@ def lay_out(folder, root, library):
 
 def run_program(program, folder, libraries, compiler, flags):
     (folder / program.source).write_text(program.code, encoding="utf-8")
-    command = re.sub(r"\$\(pkg-config (.*?)\)", pkg_config, program.command).removeprefix("g++")
+    command = PKG_CONFIG.sub(pkg_config, program.command).removeprefix("g++")
     words = [compiler, *flags, "-Wall", "-Wextra", "-Werror", "-o", program.name]
     subprocess.run(["sh", "-c", shlex.join(words) + command], cwd=folder, check=True)
     result = subprocess.run(
@@ -120,6 +144,7 @@ def run_program(program, folder, libraries, compiler, flags):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--excerpts", action="store_true")
+    parser.add_argument("--own-modules", action="store_true")
     for name in ("root", "document"):
         parser.add_argument(name, type=pathlib.Path)
     parser.add_argument("compiler")
@@ -136,6 +161,8 @@ def main():
             for header, code in headers.items():
                 (folder / header).write_text(code, encoding="utf-8")
             for program in programs:
+                if given.own_modules and uses_others(program):
+                    continue
                 run_program(program, folder, libraries, given.compiler, given.flags)
     except (Failure, subprocess.SubprocessError) as failure:
         sys.exit(f"{given.document}: {failure}")

@@ -52,12 +52,12 @@ Part of it:
 
 
 class Examples(unittest.TestCase):
-    def build(self, document):
+    def build(self, document, *options):
         with tempfile.TemporaryDirectory() as folder:
             path = pathlib.Path(folder, "document.md")
             path.write_text(document, encoding="utf-8")
             return subprocess.run(
-                [sys.executable, BUILDER, "--excerpts", ROOT, path, COMPILER, LIBRARY, *FLAGS],
+                [sys.executable, BUILDER, "--excerpts", *options, ROOT, path, COMPILER, LIBRARY, *FLAGS],
                 capture_output=True, text=True, check=False,
             )
 
@@ -88,6 +88,30 @@ class Examples(unittest.TestCase):
 
     def test_refuses_a_module_that_there_is_not(self):
         self.assert_refused("orvex_headset_plugin)", "headset_plugin)", "no module gives")
+
+    def test_refuses_a_module_of_others_that_there_is_not(self):
+        self.assert_refused("orvex_headset_plugin)", "orvex_headset_plugin no-such-module)", "no-such-module")
+
+    def test_leaves_out_programs_with_modules_of_others_where_asked(self):
+        document = DOCUMENT.replace("orvex_headset_plugin)", "orvex_headset_plugin no-such-module)")
+        result = self.build(document, "--own-modules")
+        self.assertEqual(result.returncode, 0, result.stderr)
+
+    def test_builds_the_other_programs_then(self):
+        result = self.build(DOCUMENT.replace("CALL_STATE_HOLD", "CALL_STATE_LOST"), "--own-modules")
+        self.assertIn("CALL_STATE_LOST", result.stderr)
+
+    def test_passes_over_a_program_that_is_marked(self):
+        broken = "<!-- not built -->\n```cpp\n#include <lost.h>\n\nint main() {}\n```\n"
+        result = self.build(DOCUMENT + broken)
+        self.assertEqual(result.returncode, 0, result.stderr)
+
+    def test_builds_the_programs_behind_one_that_is_marked(self):
+        marked = "<!-- not built -->\n```cpp\nint main() {}\n```\n\n"
+        self.assert_refused("The program:\n\n```cpp\n#include", f"{marked}```cpp\n#include <lost.h>\n#include", "lost.h")
+
+    def test_refuses_a_mark_without_a_program(self):
+        self.assert_refused("The program:", "<!-- not built -->", "is no block of C++")
 
     def test_refuses_lines_that_stand_in_no_program(self):
         self.assert_refused('```cpp\n    std::cout << answer() << "\\n";', "```cpp\n    answer();", "no program has these lines")
