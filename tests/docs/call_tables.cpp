@@ -145,6 +145,60 @@ void add_operation(MarkdownTable& table, const NamedOperation& operation, const 
     }
 }
 
+// ---- requests
+
+/// Calls in every state that a key looks for, and several of them.
+const Situation request_situations[] = {
+    {},
+    {silent},
+    {rings},
+    {connected},
+    {connected_muted},
+    {held},
+    {rings, rings},
+    {connected, rings},
+    {connected_muted, rings},
+    {held, rings},
+    {held, connected},
+    {connected, connected},
+    {held, held},
+    {held, connected, rings},
+};
+
+/// What listeners are asked for by the user of a headset (orvex/headset_plugin.h).
+constexpr const char* request_names[] = {
+    "onAnswer",   "onEndCall",    "onHoldCall",    "onResumeCall", "onRejectCall",
+    "onMuteCall", "onUnmuteCall", "onFunctionKey", "onConfigKey",
+};
+
+/// The keys that lead to a request with some calls or others.
+std::vector<KeyName> keys_for(Client& client, const std::string& request) {
+    std::vector<KeyName> keys;
+    std::ranges::copy_if(key_names, std::back_inserter(keys), [&](const KeyName& key) {
+        return std::ranges::any_of(request_situations, [&](const Situation& situation) {
+            client.set_calls(calls_of(situation, 1));
+            return client.requests_for(key.code).starts_with(code(request));
+        });
+    });
+    return keys;
+}
+
+std::string reach_words(const std::vector<KeyName>& keys, const std::map<std::int32_t, KeySource>& sources) {
+    const auto is_standard = [&](const KeyName& key) {
+        const auto source = sources.find(key.code);
+        return source != sources.end() && source->second.is_standard;
+    };
+    if (keys.empty()) {
+        return "never: no key leads to it";
+    }
+    if (std::ranges::any_of(keys, is_standard)) {
+        return "yes";
+    }
+    return std::ranges::any_of(keys, [&](const KeyName& key) { return sources.contains(key.code); })
+               ? "never: only dormant drivers read the key"
+               : "never: no driver reads the key";
+}
+
 }  // namespace
 
 void print_shown_calls(Client& client) {
@@ -187,34 +241,29 @@ void print_operations(Client& client) {
 }
 
 void print_requests(Client& client) {
-    const Situation situations[] = {
-        {},
-        {silent},
-        {rings},
-        {connected},
-        {connected_muted},
-        {held},
-        {rings, rings},
-        {connected, rings},
-        {connected_muted, rings},
-        {held, rings},
-        {held, connected},
-        {connected, connected},
-        {held, held},
-        {held, connected, rings},
-    };
     Cells header = {"Calls"};
     for (const KeyName& key : key_names) {
         header.emplace_back(key.words);
     }
     MarkdownTable table("requests", header);
-    for (const Situation& situation : situations) {
+    for (const Situation& situation : request_situations) {
         Cells row = {words_of(situation, 1)};
         for (const KeyName& key : key_names) {
             client.set_calls(calls_of(situation, 1));
             row.push_back(client.requests_for(key.code));
         }
         table.add(row);
+    }
+    table.print();
+}
+
+void print_reach(Client& client, const std::map<std::int32_t, KeySource>& sources) {
+    MarkdownTable table("reach", {"Request", "Keys", "Reached today"});
+    for (const char* const request : request_names) {
+        const std::vector<KeyName> keys = keys_for(client, request);
+        Cells words;
+        std::ranges::transform(keys, std::back_inserter(words), &KeyName::words);
+        table.add({code(request), joined(words, ", "), reach_words(keys, sources)});
     }
     table.print();
 }

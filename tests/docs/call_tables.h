@@ -1,6 +1,11 @@
 // What is shown for calls, and what keys ask for, found out with a client of the whole plug-in.
 #pragma once
 
+#include <cstdint>
+#include <map>
+
+#include "tests/docs/device_tables.h"
+
 namespace docs {
 
 class Client;
@@ -11,5 +16,7 @@ void print_shown_calls(Client& client);
 void print_operations(Client& client);
 /// Which request each key leads to.
 void print_requests(Client& client);
+/// Which requests there are, which keys lead to them, and whether a headset has such a key today.
+void print_reach(Client& client, const std::map<std::int32_t, KeySource>& sources);
 
 }  // namespace docs

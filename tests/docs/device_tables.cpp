@@ -236,15 +236,28 @@ Bytes read_report(const FreshDriver& driver) {
     return report;
 }
 
-/// What comes of a key that is pressed and released: the reports, and the keys that they are to the driver.
-std::string press_words(const PluggedModel& plugged_model, std::uint16_t usage) {
+struct ReadKey {
+    Bytes report;
+    std::int32_t key;
+};
+
+/// What a driver reads while a key of the telephony page is pressed and released; nothing without such a key.
+std::vector<ReadKey> keys_of_press(const PluggedModel& plugged_model, std::uint16_t usage) {
     const FreshDriver driver = plugged_model.make_driver();
+    std::vector<ReadKey> keys;
     if (!bus().press(plugged_model.headset, {telephony_page, usage}).empty()) {
-        return nothing;
+        return keys;
     }
-    Cells words;
     for (Bytes report = read_report(driver); !report.empty(); report = read_report(driver)) {
-        words.push_back(report_words(report) + " " + key_words(driver.driver->process_read(report)));
+        keys.push_back({report, driver.driver->process_read(report)});
+    }
+    return keys;
+}
+
+std::string press_words(const PluggedModel& plugged_model, std::uint16_t usage) {
+    Cells words;
+    for (const auto& [report, key] : keys_of_press(plugged_model, usage)) {
+        words.push_back(report_words(report) + " " + key_words(key));
     }
     return joined(words, ", ");
 }
@@ -320,6 +333,10 @@ std::string after_key(FreshDriver driver, std::uint32_t state, std::int32_t key)
     return joined(reports, ", ");
 }
 
+const Cells follow_up_header = {"before IDLE", "before INUSE, when held", "after a hook key, ringing",
+                                "after a hook key, else", "after no key, in use"};
+
+/// In the columns of `follow_up_header`.
 Cells follow_ups_of(const MakeDriver& make_driver) {
     FreshDriver idle = make_driver();
     FreshDriver resumed = make_driver();
@@ -332,6 +349,40 @@ Cells follow_ups_of(const MakeDriver& make_driver) {
 }
 
 }  // namespace
+
+std::map<std::int32_t, KeySource> key_sources() {
+    std::map<std::int32_t, KeySource> sources;
+    for_each_standard_model([&](const PluggedModel& headset) {
+        constexpr std::uint16_t last_usage = 0x15D;  // HID Usage Tables, section 14
+        for (std::uint16_t usage = 1; usage <= last_usage; ++usage) {
+            for (const ReadKey& read : keys_of_press(headset, usage)) {
+                sources[read.key].is_standard = true;
+            }
+        }
+    });
+    for (const Family& family : families) {
+        for (unsigned id = 0; id <= 0xFF; ++id) {
+            for (const auto& [key, values] : key_values(family, static_cast<std::uint8_t>(id))) {
+                Cells& drivers = sources[key].dormant_drivers;
+                if (std::ranges::find(drivers, code(family.driver)) == drivers.end()) {
+                    drivers.push_back(code(family.driver));
+                }
+            }
+        }
+    }
+    return sources;
+}
+
+void print_key_sources(const std::map<std::int32_t, KeySource>& sources) {
+    MarkdownTable table("key-sources", {"Key", "Code", "Standard driver", "Dormant drivers"});
+    for (const KeyName& key : key_names) {
+        const auto found = sources.find(key.code);
+        const KeySource source = found == sources.end() ? KeySource{} : found->second;
+        table.add({key.words, std::to_string(key.code), source.is_standard ? code("stdhid_cc") : nothing,
+                   joined(source.dormant_drivers, ", ")});
+    }
+    table.print();
+}
 
 void print_key_filter() {
     device::register_key_callback(note_key);
@@ -398,14 +449,16 @@ void print_dormant_reports() {
     table.print();
 }
 
-void print_follow_ups() {
-    MarkdownTable table("follow-ups",
-                        {"Driver", "Products", "before IDLE", "before INUSE, when held",
-                         "after a hook key, ringing", "after a hook key, else", "after no key, in use"});
+void print_standard_follow_ups() {
+    MarkdownTable table("standard-follow-ups", with({"Headset"}, follow_up_header));
     for_each_standard_model([&](const PluggedModel& headset) {
-        table.add(with({code("stdhid_cc"), headset.model.product},
-                       follow_ups_of([&] { return headset.make_driver(); })));
+        table.add(with({headset.model.product}, follow_ups_of([&] { return headset.make_driver(); })));
     });
+    table.print();
+}
+
+void print_dormant_follow_ups() {
+    MarkdownTable table("dormant-follow-ups", with({"Driver", "Products"}, follow_up_header));
     for (const Family& family : families) {
         table.add(with({code(family.driver), family.products}, follow_ups_of(maker_of(family))));
     }
