@@ -88,11 +88,16 @@ bool device::is_orvex_device() const {
 
 // ---- opening and closing
 
-bool device::is_connected() const {
-    return hid_is_connected(led_handle_.get().get());
+bool device::is_leaving() const {
+    // The handle first: the read thread says that the headset leaves before it closes the handle.
+    const HidHandle handle = led_handle_.get();
+    return (handle && !hid_is_connected(handle.get())) || leaving_;
 }
 
 void device::take_led_handle(HidHandle handle) {
+    if (handle) {
+        leaving_ = false;
+    }
     if (driver_) {
         driver_->set_hid_device(handle);
     }
@@ -195,6 +200,11 @@ void device::end_reading() {
     take_led_handle(nullptr);
 }
 
+void device::end_reading_unnoticed() {
+    end_reading();
+    leaving_ = false;
+}
+
 void device::stop_device_thread() {
     static constexpr const char* function = "headset_plugin::device::stop_device_thread";
     plugin_log("3rdPartyHeadsetPlugin: %s: Enter\n", function);
@@ -221,6 +231,7 @@ void device::hid_device_close() {
         if (const HidHandle handle = led_handle_.get()) {
             plugin_log("3rdPartyHeadsetPlugin: %s: release device handler [%d] \n", function,
                        hid_handle_number(handle.get()));
+            leaving_ = true;
             end_reading();
             closed = true;
             plugin_log("3rdPartyHeadsetPlugin: %s: restore some parameters to default value. \n", function);
@@ -228,6 +239,8 @@ void device::hid_device_close() {
     }
     if (closed) {
         remove_headset_with_serial(serial_);
+    } else {
+        leaving_ = false;  // stopped meanwhile: nobody takes it off the list
     }
     plugin_log("3rdPartyHeadsetPlugin: %s: device_thread_ is closed. \n", function);
 }
@@ -293,6 +306,7 @@ void device::read_thread() try {
             break;
         }
     }
+    leaving_ = running_.load();
     plugin_log("3rdPartyHeadsetPlugin: %s: Exit device_thread_ \n", function);
     if (!running_) {
         plugin_log("3rdPartyHeadsetPlugin: %s: read failed, shuting down \n", function);
@@ -303,7 +317,7 @@ void device::read_thread() try {
                function);
     hid_device_close();
 } catch (...) {
-    end_reading();  // only a logger that throws leads here; there is nobody left to tell
+    end_reading_unnoticed();  // only a logger that throws leads here; there is nobody left to tell
 }
 
 void device::tryopen_read_thread() try {
@@ -328,7 +342,7 @@ void device::tryopen_read_thread() try {
     }
     plugin_log("3rdPartyHeadsetPlugin: %s: this device is closing down. \n", function);
 } catch (...) {
-    end_reading();  // only a logger that throws leads here; there is nobody left to tell
+    end_reading_unnoticed();  // only a logger that throws leads here; there is nobody left to tell
 }
 
 // ---- output

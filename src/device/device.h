@@ -67,8 +67,11 @@ class device : public std::enable_shared_from_this<device> {
     /// The host's id of the audio device that this headset was matched to.
     std::string host_device_id() const { return host_device_id_.get(); }
     void set_host_device_id(std::string id) { host_device_id_.set(std::move(id)); }
-    /// Whether the headset was met, plugged in again, while it was still listed as the one that was pulled
-    /// out.
+    /// True from the moment that the headset is gone, or that its read thread has ended, until it is taken off
+    /// the device list: no request may choose it and no pass may open it.
+    bool is_leaving() const;
+    void set_leaving() { leaving_ = true; }
+    /// Whether a pass met the headset, plugged in again, while it was leaving.
     bool has_returned() const { return has_returned_; }
     void note_return() { has_returned_ = true; }
 
@@ -81,11 +84,10 @@ class device : public std::enable_shared_from_this<device> {
     /// Opens the headset by its ids and starts reading: 1, or 0 when that fails or it is open already.
     std::int32_t hid_device_tryopen(std::uint16_t vendor_id, std::uint16_t product_id, const wchar_t* serial);
     bool is_open() const { return led_handle_.get() != nullptr; }
-    /// False once the headset was pulled out, even if its read thread has not noticed that yet.
-    bool is_connected() const;
     /// Lets go of the handle and has the read thread end, without waiting for it.
     void stop_device_thread();
-    /// Lets go of the handle of a headset that went away and asks for its removal from the device list.
+    /// Lets go of the handle of a headset that went away and asks for its removal from the device list. Until
+    /// then it is leaving.
     void hid_device_close();
     /// Reads the model name and fills in the serial that keys are reported with.
     void get_device_info();
@@ -144,6 +146,8 @@ class device : public std::enable_shared_from_this<device> {
     void start_tried_headset();
     /// Has a read that waits return, and lets go of the handle.
     void end_reading();
+    /// The same where nobody will ask for the headset's removal: the next pass may open it anew.
+    void end_reading_unnoticed();
     void restore_hook_key(std::int32_t dropped, std::int32_t former);
     /// The thread of hid_device_open: a report of less than two bytes, or an exception, is the end.
     void read_thread();
@@ -161,6 +165,7 @@ class device : public std::enable_shared_from_this<device> {
     platform::Guarded<HidHandle> led_handle_;
     platform::Guarded<HidHandle> upd_handle_;
     std::atomic<bool> opened_{false};
+    std::atomic<bool> leaving_{false};
     std::atomic<bool> has_returned_{false};
     std::atomic<std::uint8_t> headset_state_{0};
     const std::string serial_;

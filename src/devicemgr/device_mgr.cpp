@@ -32,9 +32,12 @@ bool contains(const std::string& text, const std::string& part) {
 enum class EmptyName { matches_none, matches_all };
 
 /// A headset belongs to an audio device when its serial occurs in the host's id or serial, or its name in the
-/// host's name. An empty text occurs in every one.
+/// host's name. An empty text occurs in every one. One that is leaving belongs to none.
 bool matches(const std::string& key, const device& listed, const AudioDeviceKey& wanted,
              EmptyName empty_name) {
+    if (listed.is_leaving()) {
+        return false;
+    }
     const std::string name = listed.device_name();
     const bool name_counts = !name.empty() || empty_name == EmptyName::matches_all;
     return contains(wanted.device_id, key) || (name_counts && contains(wanted.device_name, name)) ||
@@ -195,10 +198,13 @@ std::shared_ptr<device> device_mgr::list_device(const hid_device_info& entry,
 void device_mgr::open_device(const hid_device_info& entry, const std::shared_ptr<device>& listed) {
     static constexpr const char* function = "plugin_control::device_mgr::enumerate_hid_device";
     constexpr const char* no_path = "";
-    if (entry.usage_page == telephony_usage_page && listed->is_open() && !listed->is_connected()) {
+    const bool is_telephony = entry.usage_page == telephony_usage_page;
+    const bool is_open = listed->is_open();  // asked first: what its read thread has closed is leaving by then
+    const bool is_leaving = listed->is_leaving();
+    if (is_telephony && is_leaving) {
         listed->note_return();
     }
-    if (listed->is_open() || entry.usage_page != telephony_usage_page) {
+    if (!is_telephony || is_open || is_leaving) {
         plugin_log("3rdPartyHeadsetPlugin: %s: non-orvex headset already open %s. \n", function, no_path);
         return;
     }
@@ -272,15 +278,16 @@ void device_mgr::remove_closed_device(const std::string& serial) {
         plugin_log("3rdPartyHeadsetPlugin: %s: did not find device to remove\n", function);
         return;
     }
+    removed->set_leaving();
     device_removed(removed);
     remove_device(removed);
-    // Replugged at once, it may have been opened anew, or taken for open still, by a pass before this removal
-    // came about. Its listing is gone now, so another pass has to find it.
-    const bool is_reopened = removed->is_open();
-    if (is_reopened) {
+    // Nobody would read it any more, and no pass would take it for a new one: the request came from a former
+    // object under this serial.
+    const bool is_open = removed->is_open();
+    if (is_open) {
         removed->stop_device_thread();
     }
-    if (is_reopened || removed->has_returned()) {
+    if (is_open || removed->has_returned()) {
         request_enumeration();
     }
 }

@@ -49,7 +49,7 @@ TEST_F(DeviceOpen, a_new_headset_holds_what_it_was_made_with_and_nothing_else) {
     EXPECT_EQ(made->host_device_id(), "");
     EXPECT_FALSE(made->is_selected());
     EXPECT_FALSE(made->is_open());
-    EXPECT_FALSE(made->is_connected());
+    EXPECT_FALSE(made->is_leaving());
     EXPECT_FALSE(made->has_returned());
     EXPECT_EQ(made->headset_state(), 0);
     EXPECT_EQ(made->last_hook_key(), -1);
@@ -118,7 +118,7 @@ TEST_F(DeviceOpen, a_handle_starts_the_headset_and_its_read_thread) {
                   enter_led_lines + start_lines + opened_lines);
     EXPECT_TRUE(logger_->wait_for(device_line("read_thread", "Enter while(true) loop ")));
     EXPECT_TRUE(made->is_open());
-    EXPECT_TRUE(made->is_connected());
+    EXPECT_FALSE(made->is_leaving());
     EXPECT_TRUE(driver_->has_handle());
     EXPECT_EQ(upward_calls(), Lines{});
 }

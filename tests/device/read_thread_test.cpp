@@ -184,23 +184,47 @@ TEST_F(DeviceReading, a_headset_that_went_away_can_be_opened_again) {
     for (int round = 0; round < 3; ++round) {
         ASSERT_EQ(bus().unplug(headset_), "");
         ASSERT_TRUE(logger_->wait_for(closed));
-        EXPECT_FALSE(made->is_connected());
+        EXPECT_TRUE(made->is_leaving());
         ASSERT_EQ(bus().replug(headset_), "");
         made->set_device_handles(open_handle(), nullptr);
-        EXPECT_TRUE(made->is_connected());
+        EXPECT_FALSE(made->is_leaving());
         send(hook_report);
     }
     made->stop_device_thread();
 }
 
-TEST_F(DeviceReading, a_headset_that_was_pulled_out_is_not_connected_though_it_is_open) {
+TEST_F(DeviceReading, a_headset_that_was_pulled_out_is_leaving_though_it_is_open) {
     plug();
     const auto made = make_device(orvex);  // which nobody reads
     made->set_device_handles(open_handle(), nullptr);
-    EXPECT_TRUE(made->is_connected());
+    EXPECT_FALSE(made->is_leaving());
     ASSERT_EQ(bus().unplug(headset_), "");
     EXPECT_TRUE(made->is_open());
-    EXPECT_FALSE(made->is_connected());
+    EXPECT_TRUE(made->is_leaving());
+}
+
+TEST_F(DeviceReading, a_headset_whose_reading_ended_is_leaving_before_its_handle_is_closed) {
+    const auto made = make_open_device();
+    std::vector<bool> open, leaving;
+    logger_->on_line([&](const std::string& line) {
+        if (line == exit_loop || line == device_line("hid_device_close", "try to close device") ||
+            line == device_line("hid_device_close", "restore some parameters to default value. ")) {
+            open.push_back(made->is_open());
+            leaving.push_back(made->is_leaving());
+        }
+    });
+    ASSERT_EQ(bus().misbehave(headset_, Fault::read_fails), "");
+    ASSERT_TRUE(wait_for_upward_call(removal));
+    EXPECT_EQ(open, (std::vector{true, true, false}));
+    EXPECT_EQ(leaving, (std::vector{true, true, true}));
+    EXPECT_TRUE(made->is_leaving());
+}
+
+TEST_F(DeviceReading, a_headset_that_was_stopped_is_not_leaving) {
+    const auto made = make_open_device();
+    made->stop_device_thread();
+    ASSERT_TRUE(logger_->wait_for(shutting_down));
+    EXPECT_FALSE(made->is_leaving());
 }
 
 TEST_F(DeviceReading, a_logger_that_throws_on_the_read_thread_leaves_the_headset_closed) {
@@ -211,7 +235,7 @@ TEST_F(DeviceReading, a_logger_that_throws_on_the_read_thread_leaves_the_headset
         }
     });
     ASSERT_EQ(bus().unplug(headset_), "");
-    EXPECT_TRUE(eventually([&] { return is_closed() && !made->is_open(); }));
+    EXPECT_TRUE(eventually([&] { return is_closed() && !made->is_open() && !made->is_leaving(); }));
     EXPECT_EQ(upward_calls(), Lines{});
 }
 
