@@ -28,7 +28,7 @@
 /// Listeners are called without a lock held; they, and the device availability hook, may call back into the
 /// plug-in, plugin_control::stopPluginControl() included. A logger is called in the middle of things and must
 /// not. Whoever blocks in a callback holds up the thread named for it: hand the news to a thread of your own
-/// and return.
+/// and return. **The hook is called with the plug-in's lock held**: it must not wait for another thread.
 ///
 /// **Lifetime.** The client owns its logger and its listeners; the plug-in keeps weak references and stops
 /// calling when they are gone. A callback that is running when its object is let go keeps that object alive
@@ -45,6 +45,11 @@
 /// **Failures.** No operation reports an error by throwing, but for std::bad_alloc and std::system_error when
 /// memory or threads run out. A failed operation logs a line and returns the neutral result named with it.
 ///
+/// **The C++ library** must be the same on both sides, since texts and lists of it are passed: libstdc++ with
+/// its C++11 strings, on Linux and on Windows (MinGW-w64) alike. The header refuses another one with an
+/// error. If you have built the plug-in yourself with the C++ library and the options of your client, define
+/// `ORVEX_HEADSET_PLUGIN_ANY_CXX_LIBRARY` before you include the header.
+///
 /// This header needs the standard library alone and compiles as C++17 and later.
 #pragma once
 
@@ -54,14 +59,21 @@
 #include <string>
 #include <vector>
 
-/// \def ORVEX_API
-/// Marks a function that the library exports.
-#if defined(_WIN32)
-#define ORVEX_API
-#elif defined(__GNUC__)
-#define ORVEX_API __attribute__((visibility("default")))
-#else
-#define ORVEX_API
+#include "headset_version.h"
+
+// Texts and lists of the C++ library cross the boundary, so both sides must have them in the same form. With
+// another form a client compiles and links, and then goes wrong without a word.
+#if !defined(ORVEX_HEADSET_PLUGIN_ANY_CXX_LIBRARY)
+#if defined(_LIBCPP_VERSION)
+#error \
+    "The headset plug-in is built with libstdc++; libc++ does not work with it. Compile without -stdlib=libc++."
+#elif !defined(__GLIBCXX__)
+#error "The headset plug-in is built with libstdc++; no other C++ library works with it."
+#elif !_GLIBCXX_USE_CXX11_ABI
+#error "The headset plug-in is built with _GLIBCXX_USE_CXX11_ABI=1; std::string has another form with 0."
+#elif defined(_GLIBCXX_DEBUG)
+#error "The headset plug-in is built without _GLIBCXX_DEBUG; std::vector has another form with it."
+#endif
 #endif
 
 /// The two sides of the interface, and the functions that start and stop the plug-in.
@@ -95,7 +107,8 @@ class IPluginLogger {
     virtual void log(const std::string& message, int level) = 0;
 };
 
-/// Receives what the user asks for at the headset. Implemented and owned by the client.
+/// Receives what the user asks for at the headset. Implemented and owned by the client, which derives from
+/// CallControlListener where it uses only part of it.
 ///
 /// The headset shows nothing new by itself: the client carries out the request and then reports the change
 /// with IPluginCallControlCallback, which lights the indicators. A request can be refused by doing nothing;
@@ -162,6 +175,8 @@ class IPluginCallControlListener {
                                       const std::string& serial) = 0;
 
     /// Tells that a headset went away, an active one or another. [worker thread]
+    ///
+    /// **A headset that comes back is not active**: choose it again with setAudioDevice().
     /// \param host_device_id  as in onActiveDeviceNotify(); empty if the headset was never active
     /// \param vendor_id       USB vendor id
     /// \param product_id      USB product id
@@ -186,6 +201,30 @@ class IPluginCallControlListener {
     /// \param device_id  as in onAnswer()
     /// \param cid        empty
     virtual void onFunctionKey(const std::string& device_id, const std::string& cid) = 0;
+};
+
+/// A listener that ignores everything. Derive from it and override what you use.
+class CallControlListener : public IPluginCallControlListener {
+  public:
+    void onAnswer(const std::string& /*device_id*/, const std::string& /*cid*/) override {}
+    void onEndCall(const std::string& /*device_id*/, const std::string& /*cid*/) override {}
+    void onHoldCall(const std::string& /*device_id*/, const std::string& /*cid*/) override {}
+    void onResumeCall(const std::string& /*device_id*/, const std::string& /*cid*/) override {}
+    void onRejectCall(const std::string& /*device_id*/, const std::string& /*cid*/) override {}
+    void onMuteCall(const std::string& /*device_id*/, const std::string& /*cid*/, bool /*muted*/) override {}
+    void onUnmuteCall(const std::string& /*device_id*/, const std::string& /*cid*/, bool /*muted*/) override {
+    }
+    void onListenerAttached(const std::string& /*text*/) override {}
+    void onActiveDeviceNotify(const std::string& /*host_device_id*/, int /*vendor_id*/, int /*product_id*/,
+                              const std::string& /*vendor_name*/, const std::string& /*device_name*/,
+                              const std::string& /*serial*/) override {}
+    void onDeviceRemovedNotify(const std::string& /*host_device_id*/, int /*vendor_id*/, int /*product_id*/,
+                               const std::string& /*vendor_name*/, const std::string& /*device_name*/,
+                               const std::string& /*serial*/) override {}
+    void reservedListener11(const std::string& /*argument*/) override {}
+    void reservedListener12(const std::string& /*argument*/) override {}
+    void reservedListener13(const std::string& /*argument*/) override {}
+    void onFunctionKey(const std::string& /*device_id*/, const std::string& /*cid*/) override {}
 };
 
 /// Receives key presses that concern the client's configuration. Implemented and owned by the client.
@@ -221,6 +260,9 @@ class IPluginCallControlCallback {
     /// case-sensitive). Of several, the one whose serial number sorts first is taken. The former active
     /// headset goes idle, also where no headset matches, unless `device_id` is empty. A headset that is
     /// active already goes idle as well, and is shown the calls anew.
+    ///
+    /// **A headset that is pulled out and plugged in again is not active until it is chosen again**: call
+    /// this once more when the audio device is back.
     ///
     /// The first request after a start, if it finds no headset, is repeated for about three seconds: the
     /// audio device often shows up before the HID interface does. The same request (the same three texts) is
@@ -262,7 +304,10 @@ class IPluginCallControlCallback {
     /// Reports that a call came in.
     /// \param unused   not used
     /// \param cid      the call
-    /// \param ringing  with false the headset is left as it is, and a call that is known counts as silent
+    /// \param ringing  with false the headset is left as it is. **A call that is up becomes silent with
+    /// false**:
+    ///                 no mute, key or indicator follows it until it is reported as ringing or connected
+    ///                 again.
     virtual void incomingCall(const std::string& unused, const std::string& cid, bool ringing) = 0;
     /// Reports that the far end of an outgoing call rings. The headset shows that it is in use.
     /// \param unused  not used
@@ -375,7 +420,10 @@ class IPluginConfigCallback {
     /// Installs a test that can keep headsets out. It is asked whenever the plug-in looks for headsets
     /// [message thread], so that it takes effect when a device next comes or goes. What it throws ends that
     /// one look. The hook outlives stop.
-    /// \param hook  gets USB vendor and product id and returns false to have the headset ignored; copied. An
+    ///
+    /// **The hook runs under the plug-in's lock and must not wait for another thread.** That thread may be in
+    /// a call of the plug-in, which waits for the lock: neither would go on. \param hook  gets USB vendor and
+    /// product id and returns false to have the headset ignored; copied. An
     ///              empty function admits every headset.
     virtual void registerDeviceAvailabilityHook(const std::function<bool(int, int)>& hook) = 0;
 

@@ -14,6 +14,7 @@
 
 namespace headset_plugin {
 
+using platform::HidInterfaceInfo;
 using platform::IoResult;
 
 namespace {
@@ -26,23 +27,37 @@ std::wstring error_text(const wchar_t* operation, const std::wstring& reason) {
     return reason.empty() ? std::wstring(operation) : std::wstring(operation) + L": " + reason;
 }
 
-/// The bytes done, or the failure recorded in hidapi's manner.
-int count_or_failure(hid_device* device, const IoResult& result, const wchar_t* operation,
-                     const wchar_t* timeout_text) {
+/// The text of a failure, in hidapi's manner; empty for none.
+std::wstring failure_text(const IoResult& result, const wchar_t* operation, const wchar_t* timeout_text) {
     switch (result.status) {
         case IoResult::Status::done:
-            return static_cast<int>(result.size);
+            return {};
         case IoResult::Status::timed_out:
-            hid_set_error(device, timeout_text);
-            return -1;
+            return timeout_text;
         case IoResult::Status::cancelled:
-            hid_set_error(device, error_text(operation, L"cancelled"));
-            return -1;
+            return error_text(operation, L"cancelled");
         case IoResult::Status::failed:
             break;
     }
-    hid_set_error(device, error_text(operation, result.error));
+    return error_text(operation, result.error);
+}
+
+/// The bytes done, or the failure recorded.
+int count_or_failure(hid_device* device, const IoResult& result, const wchar_t* operation,
+                     const wchar_t* timeout_text) {
+    if (result.status == IoResult::Status::done) {
+        return static_cast<int>(result.size);
+    }
+    hid_set_error(device, failure_text(result, operation, timeout_text));
     return -1;
+}
+
+/// Records how a read ended: an empty text for one that did not fail.
+void set_read_error(hid_device& device, const std::wstring& text) {
+    device.last_read_error.set(text);
+    if (!text.empty()) {
+        device.last_error.set(text);
+    }
 }
 
 int copy_text(std::span<wchar_t> buffer, const std::wstring& text) {
@@ -67,7 +82,7 @@ wchar_t* duplicate(const std::optional<std::wstring>& text) {
 }
 
 /// One record of hidapi's enumeration list, from malloc as hidapi's are.
-hid_device_info* make_record(const platform::HidInterfaceInfo& info) {
+hid_device_info* make_record(const HidInterfaceInfo& info) {
     auto* const memory = static_cast<hid_device_info*>(std::calloc(1, sizeof(hid_device_info)));
     if (memory == nullptr) {
         throw std::bad_alloc();
@@ -85,6 +100,13 @@ hid_device_info* make_record(const platform::HidInterfaceInfo& info) {
     record->interface_number = info.interface_number;
     record->bus_type = static_cast<hid_bus_type>(info.bus_type);
     return record.release();
+}
+
+/// True for two collections of one device.
+bool is_same_device(const HidInterfaceInfo& one, const HidInterfaceInfo& other) {
+    return one.vendor_id == other.vendor_id && one.product_id == other.product_id &&
+           (one.hid_interface == other.hid_interface ||
+            (one.serial_number && one.serial_number == other.serial_number));
 }
 
 /// Steps after the system has opened the device. Throws OpenError.
@@ -123,10 +145,12 @@ HidHandle make_handle(std::unique_ptr<platform::HidInterface> interface) {
     return device;
 }
 
+constexpr const wchar_t* no_room = L"Zero length buffer";
+
 /// False, with the device's error set, for a buffer that has no room for as much as the id byte.
 bool has_room(hid_device* device, std::span<const std::uint8_t> report) {
     if (device != nullptr && report.empty()) {
-        hid_set_error(device, L"Zero length buffer");
+        hid_set_error(device, no_room);
     }
     return device != nullptr && !report.empty();
 }
@@ -160,6 +184,12 @@ bool hid_access_init() {
 
 void hid_access_exit() {
     platform::current().hid().exit();
+}
+
+platform::HidapiVersion hid_access_version() {
+    return hid_access_init() ? platform::current().hid().hidapi_version()
+                             : platform::HidapiVersion{HID_API_VERSION_MAJOR, HID_API_VERSION_MINOR,
+                                                       HID_API_VERSION_PATCH, HID_API_VERSION_STR};
 }
 
 HidEnumeration hid_list(std::uint16_t vendor_id, std::uint16_t product_id) {
@@ -210,33 +240,32 @@ HidHandle hid_open_handle(std::uint16_t vendor_id, std::uint16_t product_id,
     if (!hid_access_init()) {
         return nullptr;
     }
-    const HidEnumeration list = hid_list(vendor_id, product_id);
-    const hid_device_info* chosen = nullptr;
-    for (const hid_device_info* entry = list.get(); entry != nullptr; entry = entry->next) {
-        if (serial_number && (entry->serial_number == nullptr || *serial_number != entry->serial_number)) {
-            continue;
-        }
-        if (chosen == nullptr ||
-            (entry->usage_page == telephony_page && chosen->usage_page != telephony_page)) {
-            chosen = entry;
-        }
-    }
-    if (chosen == nullptr) {
+    const auto list = platform::current().hid().enumerate(vendor_id, product_id);
+    const auto first = std::find_if(list.begin(), list.end(), [&](const HidInterfaceInfo& info) {
+        return !serial_number || info.serial_number == *serial_number;
+    });
+    if (first == list.end()) {
         hid_set_error(nullptr, L"Device with requested VID/PID/(SerialNumber) not found");
         return nullptr;
     }
-    return hid_open_handle(chosen->path);
+    const auto telephony = std::find_if(first, list.end(), [&](const HidInterfaceInfo& info) {
+        return info.usage_page == telephony_page && is_same_device(info, *first);
+    });
+    return hid_open_handle((telephony == list.end() ? first : telephony)->path.c_str());
 }
 
 int hid_read_report(hid_device* device, std::span<std::uint8_t> report, std::chrono::milliseconds timeout) {
-    if (!has_room(device, report)) {
+    if (device == nullptr) {
+        return -1;
+    }
+    if (report.empty()) {
+        set_read_error(*device, no_room);
         return -1;
     }
     const IoResult result = device->interface->read(report, timeout);
-    if (result.status == IoResult::Status::timed_out) {
-        return 0;
-    }
-    return count_or_failure(device, result, L"ReadFile", L"");
+    const std::wstring error = failure_text(result, L"ReadFile", L"");
+    set_read_error(*device, error);
+    return error.empty() ? static_cast<int>(result.size) : -1;
 }
 
 std::chrono::milliseconds hid_read_mode_timeout(const hid_device* device) {
@@ -267,6 +296,45 @@ int hid_get_feature(hid_device* device, std::span<std::uint8_t> report) {
     return has_room(device, report) ? count_or_failure(device, device->interface->HidD_GetFeature(report),
                                                        L"HidD_GetFeature", L"HidD_GetFeature timeout")
                                     : -1;
+}
+
+int hid_get_input(hid_device* device, std::span<std::uint8_t> report) {
+    return has_room(device, report) ? count_or_failure(device, device->interface->HidD_GetInputReport(report),
+                                                       L"HidD_GetInputReport", L"HidD_GetInputReport timeout")
+                                    : -1;
+}
+
+int hid_send_output(hid_device* device, std::span<const std::uint8_t> report) {
+    return has_room(device, report)
+               ? count_or_failure(device, device->interface->HidD_SetOutputReport(report),
+                                  L"HidD_SetOutputReport", L"HidD_SetOutputReport timeout")
+               : -1;
+}
+
+int hid_copy_report_descriptor(hid_device* device, std::span<std::uint8_t> buffer) {
+    if (!has_room(device, buffer)) {
+        return -1;
+    }
+    const std::vector<std::uint8_t> descriptor = device->interface->report_descriptor();
+    const std::size_t length = std::min(descriptor.size(), buffer.size());
+    std::copy_n(descriptor.begin(), length, buffer.begin());
+    return static_cast<int>(length);
+}
+
+hid_device_info* hid_info(hid_device* device) {
+    if (device == nullptr) {
+        return nullptr;
+    }
+    platform::MutexLock lock(device->info_mutex);
+    if (!device->info) {
+        if (auto info = device->interface->info()) {
+            info->serial_number = info->serial_number.value_or(L"");
+            device->info.reset(make_record(*info));
+        } else {
+            hid_set_error(device, L"The device does not say what it is.");
+        }
+    }
+    return device->info.get();
 }
 
 void hid_cancel(hid_device* device) {
@@ -312,6 +380,10 @@ int hid_copy_indexed_string(hid_device* device, int index, std::span<wchar_t> bu
 
 std::wstring hid_last_error(const hid_device* device) {
     return device == nullptr ? t_global_error : device->last_error.get();
+}
+
+std::wstring hid_last_read_error(const hid_device* device) {
+    return device == nullptr ? std::wstring() : device->last_read_error.get();
 }
 
 void hid_set_error(hid_device* device, std::wstring text) {

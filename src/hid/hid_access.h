@@ -35,6 +35,9 @@ using HidEnumeration = std::unique_ptr<hid_device_info, HidEnumerationRelease>;
 bool hid_access_init();
 void hid_access_exit();
 
+/// The version of the hidapi that is loaded; where there is none, of the header that this is compiled with.
+platform::HidapiVersion hid_access_version();
+
 /// One entry per top-level collection of every device with these ids, 0 standing for any; empty when there is
 /// none.
 HidEnumeration hid_list(std::uint16_t vendor_id, std::uint16_t product_id);
@@ -47,14 +50,15 @@ HidHandle hid_open_handle(const char* path);
 /// that the platform frees. Not null.
 HidHandle hid_open_handle(std::unique_ptr<platform::HidInterface> opened);
 
-/// Opens the first match, a telephony collection before any other; an absent serial number matches every
-/// device.
+/// Opens the first device that matches and, of that device, the telephony collection, or the first where it
+/// has none. An absent serial number matches every device. A device is what states one serial number; without
+/// one, one HID interface.
 HidHandle hid_open_handle(std::uint16_t vendor_id, std::uint16_t product_id,
                           std::optional<std::wstring_view> serial_number);
 
 /// Reads an input report, byte 0 its id (0 for a device without ids). Returns its length, at most the
 /// buffer's; 0 when nothing came in time; -1 when the device is gone, the read was cancelled, or for no
-/// device.
+/// device. A failure is the device's last error and its last read error.
 int hid_read_report(hid_device* device, std::span<std::uint8_t> report, std::chrono::milliseconds timeout);
 
 /// The waiting time of a plain read on this handle: none in non-blocking mode.
@@ -66,6 +70,16 @@ int hid_write_report(hid_device* device, std::span<const std::uint8_t> report);
 
 int hid_send_feature(hid_device* device, std::span<const std::uint8_t> report);
 int hid_get_feature(hid_device* device, std::span<std::uint8_t> report);
+int hid_get_input(hid_device* device, std::span<std::uint8_t> report);
+int hid_send_output(hid_device* device, std::span<const std::uint8_t> report);
+
+/// Copies as much of the report descriptor as fits. The number of bytes copied, or -1 for no device or no
+/// room.
+int hid_copy_report_descriptor(hid_device* device, std::span<std::uint8_t> buffer);
+
+/// What hid_list says of the collection, `next` null, an empty serial number for none; the device's until it
+/// is closed. Null on failure.
+hid_device_info* hid_info(hid_device* device);
 
 /// Releases what waits on the handle now, with -1. A null device is ignored.
 void hid_cancel(hid_device* device);
@@ -82,10 +96,13 @@ bool hid_is_connected(hid_device* device);
 int hid_copy_string(hid_device* device, platform::HidString which, std::span<wchar_t> buffer);
 int hid_copy_indexed_string(hid_device* device, int index, std::span<wchar_t> buffer);
 
-/// The text of the device's last error; without a device, of the last failure to list or open.
+/// The text of the device's last error; without a device, of this thread's last failure to list or open.
 std::wstring hid_last_error(const hid_device* device);
 
-/// Records an error; without a device as the last failure to list or open.
+/// The text of the failure of the device's last read; empty where that did not fail, and for no device.
+std::wstring hid_last_read_error(const hid_device* device);
+
+/// Records an error; without a device as this thread's last failure to list or open. An empty text is none.
 void hid_set_error(hid_device* device, std::wstring text);
 
 /// The length of the device's output reports in bytes, id byte included; 0 for no device.

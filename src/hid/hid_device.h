@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "hid/hid_access.h"
 #include "platform/hid_backend.h"
 #include "platform/mutex.h"
 
@@ -72,4 +73,8 @@ struct hid_device_ {
     std::vector<std::uint8_t> output_report GUARDED_BY(output_mutex);
 
     platform::Guarded<std::wstring> last_error;
+    platform::Guarded<std::wstring> last_read_error;  ///< a reading thread's own: others may fail meanwhile
+
+    platform::Mutex info_mutex;
+    headset_plugin::HidEnumeration info GUARDED_BY(info_mutex);  ///< made when it is first asked for
 };

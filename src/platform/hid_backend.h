@@ -17,7 +17,8 @@ namespace platform {
 
 /// One entry of an enumeration: one top-level collection of one HID interface.
 struct HidInterfaceInfo {
-    std::string path{};  ///< opens this collection, and nothing else, through HidBackend::open
+    std::string path{};           ///< opens this collection, and nothing else, through HidBackend::open
+    std::string hid_interface{};  ///< the same for all collections of one HID interface, and for no others
     std::uint16_t vendor_id = 0;
     std::uint16_t product_id = 0;
     std::optional<std::wstring> serial_number{};  ///< absent where the device states none
@@ -39,6 +40,14 @@ struct IoResult {
 };
 
 enum class HidString { manufacturer, product, serial_number };
+
+/// A version of hidapi.
+struct HidapiVersion {
+    int major = 0;
+    int minor = 0;
+    int patch = 0;
+    std::string text{};  ///< "0.13.1"
+};
 
 /// Waits without a limit.
 inline constexpr std::chrono::milliseconds no_timeout{-1};
@@ -81,8 +90,20 @@ class HidInterface {
     virtual IoResult HidD_SetFeature(std::span<const std::uint8_t> report) = 0;
     virtual IoResult HidD_GetFeature(std::span<std::uint8_t> report) = 0;
 
+    /// Asks the device for an input report and sends it an output report, each outside of the stream of
+    /// reports that read and write carry; byte 0 is the report id (0 for none), sizes count it.
+    virtual IoResult HidD_GetInputReport(std::span<std::uint8_t> report) = 0;
+    virtual IoResult HidD_SetOutputReport(std::span<const std::uint8_t> report) = 0;
+
     virtual std::optional<std::wstring> string(HidString which) = 0;
     virtual std::optional<std::wstring> HidD_GetIndexedString(ULONG index) = 0;
+
+    /// What HidBackend::enumerate lists of this collection; nothing where the device does not answer.
+    virtual std::optional<HidInterfaceInfo> info() = 0;
+
+    /// The report descriptor (HID 1.11, 6.2.2) that hidapi gives for the device: on Linux that of the whole
+    /// HID interface.
+    virtual std::vector<std::uint8_t> report_descriptor() = 0;
 };
 
 /// The system's HID devices as a whole.
@@ -102,6 +123,9 @@ class HidBackend {
     virtual void exit() = 0;
 
     // What follows needs a successful init.
+
+    /// The version of hidapi whose meaning the functions have.
+    virtual HidapiVersion hidapi_version() = 0;
 
     /// Lists the collections of every device with these ids; 0 stands for any.
     virtual std::vector<HidInterfaceInfo> enumerate(std::uint16_t vendor_id, std::uint16_t product_id) = 0;

@@ -101,6 +101,7 @@ std::string VirtualHeadset::path(std::size_t collection) const {
 HidInterfaceInfo VirtualHeadset::info(std::size_t collection) const {
     constexpr std::uint16_t release_1_0 = 0x0100;
     return {.path = path(collection),
+            .hid_interface = std::to_string(number),
             .vendor_id = description.vendor_id,
             .product_id = description.product_id,
             .serial_number = wide(description.serial),
@@ -139,6 +140,17 @@ std::vector<std::uint8_t> VirtualHeadset::input_report(KeyPlace place) const {
             return {};
         }
     }
+    return report;
+}
+
+std::vector<std::uint8_t> VirtualHeadset::current_input_report(KeyPlace place) const {
+    const std::size_t length =
+        hidp::report_length(collections[place.collection].data.get(), HidP_Input, place.report_id);
+    if (length == 0) {
+        return {};
+    }
+    auto report = input_report(place);
+    report.resize(length);
     return report;
 }
 

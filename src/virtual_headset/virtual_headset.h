@@ -46,6 +46,10 @@ class VirtualHeadset {
     /// they do not fit into it.
     std::vector<std::uint8_t> input_report(KeyPlace place) const;
 
+    /// The input report with this id of one collection as its keys are now, in the report's own length; empty
+    /// where there is no such report.
+    std::vector<std::uint8_t> current_input_report(KeyPlace place) const;
+
     /// The collection that has an input report of this id and length.
     std::optional<std::size_t> find_input_report(std::uint8_t report_id, std::size_t length) const;
 

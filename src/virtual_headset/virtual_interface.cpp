@@ -144,6 +144,26 @@ IoResult VirtualInterface::HidD_GetFeature(std::span<std::uint8_t> /*report*/) {
     return failed(L"The device has no feature reports.");
 }
 
+IoResult VirtualInterface::HidD_GetInputReport(std::span<std::uint8_t> report) {
+    MutexLock lock(bus_.mutex_);
+    if (!connected_) {
+        return failed(not_connected);
+    }
+    const auto current = headset_->current_input_report({collection_, report[0]});
+    if (current.empty()) {
+        return failed(L"The device has no such input report.");
+    }
+    const std::size_t size = std::min(report.size(), current.size());
+    std::copy_n(current.begin(), size, report.begin());
+    return {.status = IoResult::Status::done, .size = size};
+}
+
+// A control transfer fares like a report on the interrupt pipe, but for the time that it is given.
+IoResult VirtualInterface::HidD_SetOutputReport(std::span<const std::uint8_t> report) {
+    constexpr std::chrono::milliseconds control_timeout{5000};  // as the kernel gives a device
+    return write(report, control_timeout);
+}
+
 std::optional<std::wstring> VirtualInterface::string(HidString which) {
     const HeadsetDescription& description = headset_->description;
     const std::optional<std::string>& text = which == HidString::manufacturer ? description.manufacturer
@@ -164,6 +184,15 @@ std::optional<std::wstring> VirtualInterface::HidD_GetIndexedString(ULONG index)
         default:
             return std::nullopt;
     }
+}
+
+std::optional<HidInterfaceInfo> VirtualInterface::info() {
+    MutexLock lock(bus_.mutex_);
+    return headset_->info(collection_);
+}
+
+std::vector<std::uint8_t> VirtualInterface::report_descriptor() {
+    return headset_->description.descriptor;
 }
 
 void VirtualInterface::push(std::vector<std::uint8_t> report) {

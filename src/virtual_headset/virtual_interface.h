@@ -25,7 +25,11 @@ class VirtualInterface final : public HidInterface {
     IoResult HidD_SetFeature(std::span<const std::uint8_t> report) override;
     IoResult HidD_GetFeature(std::span<std::uint8_t> report) override;
     std::optional<std::wstring> string(HidString which) override;
+    IoResult HidD_GetInputReport(std::span<std::uint8_t> report) override;
+    IoResult HidD_SetOutputReport(std::span<const std::uint8_t> report) override;
     std::optional<std::wstring> HidD_GetIndexedString(ULONG index) override;
+    std::optional<HidInterfaceInfo> info() override;
+    std::vector<std::uint8_t> report_descriptor() override;
 
     // What the bus does to it, holding its mutex.
 

@@ -48,10 +48,22 @@ class ScriptedInterface final : public HidInterface {
         return script_.get_feature ? script_.get_feature(report) : real_->HidD_GetFeature(report);
     }
 
+    IoResult HidD_GetInputReport(std::span<std::uint8_t> report) override {
+        return real_->HidD_GetInputReport(report);
+    }
+    IoResult HidD_SetOutputReport(std::span<const std::uint8_t> report) override {
+        return real_->HidD_SetOutputReport(report);
+    }
+
     std::optional<std::wstring> string(HidString which) override { return real_->string(which); }
     std::optional<std::wstring> HidD_GetIndexedString(ULONG index) override {
         return real_->HidD_GetIndexedString(index);
     }
+
+    std::optional<HidInterfaceInfo> info() override {
+        return script_.refuse_info ? std::nullopt : real_->info();
+    }
+    std::vector<std::uint8_t> report_descriptor() override { return real_->report_descriptor(); }
 
   private:
     const Script& script_;

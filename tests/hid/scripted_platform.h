@@ -24,6 +24,7 @@ struct Script {
     std::function<IoResult(std::span<std::uint8_t>)> read{};
     std::function<IoResult(std::span<const std::uint8_t>)> set_feature{};
     std::function<IoResult(std::span<std::uint8_t>)> get_feature{};
+    bool refuse_info = false;
 };
 
 /// What was asked of the platform.
@@ -59,6 +60,7 @@ class ScriptedPlatform final : public Platform, private HidBackend {
   private:
     std::wstring init() override;
     void exit() override { ++asked.exited; }
+    HidapiVersion hidapi_version() override { return {1, 2, 3, "1.2.3"}; }
     std::vector<HidInterfaceInfo> enumerate(std::uint16_t vendor_id, std::uint16_t product_id) override;
     OpenResult open(const std::string& path) override;
     void HidD_FreePreparsedData(PHIDP_PREPARSED_DATA data) override;

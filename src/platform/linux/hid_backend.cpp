@@ -6,6 +6,7 @@
 #include "platform/hidp/hidp.h"
 #include "platform/linux/device_path.h"
 #include "platform/linux/hidraw_interface.h"
+#include "platform/linux/interface_info.h"
 #include "platform/linux/report_descriptor.h"
 #include "platform/linux/system_error.h"
 #include "platform/linux/utf8_locale.h"
@@ -13,29 +14,6 @@
 namespace platform::linux_platform {
 
 namespace {
-
-std::optional<std::wstring> stated(const wchar_t* text) {
-    return text == nullptr ? std::nullopt : std::optional<std::wstring>(text);
-}
-
-/// hidapi gives an empty serial number for none; two headsets without one are not the same headset.
-std::optional<std::wstring> stated_serial(const wchar_t* text) {
-    return text == nullptr || *text == L'\0' ? std::nullopt : stated(text);
-}
-
-HidInterfaceInfo interface_info(const hid_device_info& entry) {
-    return {.path = entry.path,
-            .vendor_id = entry.vendor_id,
-            .product_id = entry.product_id,
-            .serial_number = stated_serial(entry.serial_number),
-            .release_number = entry.release_number,
-            .manufacturer_string = stated(entry.manufacturer_string),
-            .product_string = stated(entry.product_string),
-            .usage_page = entry.usage_page,
-            .usage = entry.usage,
-            .interface_number = entry.interface_number,
-            .bus_type = entry.bus_type};
-}
 
 struct TopLevelUsage {
     USAGE page;
@@ -102,6 +80,12 @@ std::wstring LinuxHidBackend::init() {
 
 // hidapi is the process's: the host may be using it. What hid_exit would free is one error text.
 void LinuxHidBackend::exit() {}
+
+HidapiVersion LinuxHidBackend::hidapi_version() {
+    const Hidapi& hidapi = *hidapi_;
+    const hid_api_version& version = *hidapi.hid_version();
+    return {version.major, version.minor, version.patch, hidapi.hid_version_str()};
+}
 
 std::vector<HidInterfaceInfo> LinuxHidBackend::enumerate(std::uint16_t vendor_id, std::uint16_t product_id) {
     const Hidapi& hidapi = *hidapi_;

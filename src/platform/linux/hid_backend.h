@@ -13,6 +13,7 @@ class LinuxHidBackend final : public HidBackend {
   public:
     std::wstring init() override;
     void exit() override;
+    HidapiVersion hidapi_version() override;
     std::vector<HidInterfaceInfo> enumerate(std::uint16_t vendor_id, std::uint16_t product_id) override;
     OpenResult open(const std::string& path) override;
     void HidD_FreePreparsedData(PHIDP_PREPARSED_DATA data) override;

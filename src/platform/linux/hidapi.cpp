@@ -49,12 +49,14 @@ Hidapi load_hidapi() {
     library.look_up("hid_write", table.hid_write);
     library.look_up("hid_send_feature_report", table.hid_send_feature_report);
     library.look_up("hid_get_feature_report", table.hid_get_feature_report);
+    library.look_up("hid_get_input_report", table.hid_get_input_report);
+    library.look_up_if_there("hid_send_output_report", table.hid_send_output_report);
     library.look_up("hid_close", table.hid_close);
-    library.look_up("hid_get_manufacturer_string", table.hid_get_manufacturer_string);
-    library.look_up("hid_get_product_string", table.hid_get_product_string);
-    library.look_up("hid_get_serial_number_string", table.hid_get_serial_number_string);
+    library.look_up("hid_get_device_info", table.hid_get_device_info);
     library.look_up("hid_get_indexed_string", table.hid_get_indexed_string);
     library.look_up("hid_error", table.hid_error);
+    library.look_up("hid_version", table.hid_version);
+    library.look_up("hid_version_str", table.hid_version_str);
     return table;
 }
 

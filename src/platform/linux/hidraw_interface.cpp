@@ -4,7 +4,10 @@
 #include <array>
 #include <stdexcept>
 
+#include "platform/linux/device_path.h"
+#include "platform/linux/interface_info.h"
 #include "platform/linux/utf8_locale.h"
+#include "platform/text.h"
 
 namespace platform::linux_platform {
 
@@ -20,7 +23,7 @@ constexpr ULONG most_buffers = 64;
 
 /// How long the kernel gives a device for a control transfer (kernel, include/linux/usb.h:
 /// USB_CTRL_GET_TIMEOUT), and the calls before it as much again.
-constexpr milliseconds feature_timeout{10'000};
+constexpr milliseconds control_timeout{10'000};
 
 /// A USB string has at most 126 characters (USB 2.0, section 9.6.7), a name made through uhid 127 bytes.
 constexpr std::size_t longest_string = 255;
@@ -38,16 +41,16 @@ std::vector<std::uint8_t> copy(std::span<const std::uint8_t> bytes) {
     return {bytes.begin(), bytes.end()};
 }
 
-USAGE usage_page(const hidp::PreparsedData& data) {
+HIDP_CAPS caps_of(const hidp::PreparsedData& data) {
     HIDP_CAPS caps{};
     hidp::parser().HidP_GetCaps(data.get(), &caps);
-    return caps.UsagePage;
+    return caps;
 }
 
 std::size_t telephony_or_first(const std::vector<hidp::PreparsedData>& collections) {
-    const auto found =
-        std::find_if(collections.begin(), collections.end(),
-                     [](const hidp::PreparsedData& data) { return usage_page(data) == telephony_page; });
+    const auto found = std::find_if(
+        collections.begin(), collections.end(),
+        [](const hidp::PreparsedData& data) { return caps_of(data).UsagePage == telephony_page; });
     return found == collections.end() ? 0 : static_cast<std::size_t>(found - collections.begin());
 }
 
@@ -69,6 +72,10 @@ CollectionDescriptor::CollectionDescriptor(std::vector<std::uint8_t> descriptor,
 
 hidp::PreparsedData CollectionDescriptor::parse() const {
     return std::move(hidp::parse(descriptor_).collections[collection_]);
+}
+
+HIDP_CAPS CollectionDescriptor::caps() const {
+    return caps_of(parsed_);
 }
 
 std::size_t CollectionDescriptor::report_length(HIDP_REPORT_TYPE type, std::uint8_t report_id) const {
@@ -147,55 +154,98 @@ bool HidrawInterface::is_connected() {
     return reader_.is_connected();
 }
 
-IoResult HidrawInterface::HidD_SetFeature(std::span<const std::uint8_t> report) {
-    return calls_.run(
-        [node = node_, bytes = copy(report)] {
-            return outcome(
-                *node, node->hidapi.hid_send_feature_report(node->device.get(), bytes.data(), bytes.size()));
-        },
-        feature_timeout);
-}
-
-IoResult HidrawInterface::HidD_GetFeature(std::span<std::uint8_t> report) {
+IoResult HidrawInterface::get_report(Get get, std::span<std::uint8_t> report) {
     const auto bytes = std::make_shared<std::vector<std::uint8_t>>(copy(report));
-    IoResult result = calls_.run(
-        [node = node_, bytes] {
-            return outcome(
-                *node, node->hidapi.hid_get_feature_report(node->device.get(), bytes->data(), bytes->size()));
-        },
-        feature_timeout);
+    IoResult result =
+        calls_.run([node = node_, get,
+                    bytes] { return outcome(*node, get(node->device.get(), bytes->data(), bytes->size())); },
+                   control_timeout);
     if (result.status == IoResult::Status::done) {
         std::copy(bytes->begin(), bytes->end(), report.begin());
     }
     return result;
 }
 
+IoResult HidrawInterface::send_report(Send send, std::span<const std::uint8_t> report) {
+    return calls_.run(
+        [node = node_, send, bytes = copy(report)] {
+            return outcome(*node, send(node->device.get(), bytes.data(), bytes.size()));
+        },
+        control_timeout);
+}
+
+IoResult HidrawInterface::HidD_SetFeature(std::span<const std::uint8_t> report) {
+    return send_report(node_->hidapi.hid_send_feature_report, report);
+}
+
+IoResult HidrawInterface::HidD_GetFeature(std::span<std::uint8_t> report) {
+    return get_report(node_->hidapi.hid_get_feature_report, report);
+}
+
+IoResult HidrawInterface::HidD_GetInputReport(std::span<std::uint8_t> report) {
+    return get_report(node_->hidapi.hid_get_input_report, report);
+}
+
+IoResult HidrawInterface::HidD_SetOutputReport(std::span<const std::uint8_t> report) {
+    const Hidapi& hidapi = node_->hidapi;
+    if (hidapi.hid_send_output_report == nullptr) {
+        return {.status = IoResult::Status::failed,
+                .error = L"hidapi " + to_wide(hidapi.hid_version_str()) +
+                         L" has no hid_send_output_report; 0.15.0 or later is needed"};
+    }
+    return send_report(hidapi.hid_send_output_report, report);
+}
+
 std::optional<std::wstring> HidrawInterface::string(HidString which) {
-    return fetch_string([node = node_, which](wchar_t* text, std::size_t room) {
-        const Hidapi& hidapi = node->hidapi;
-        const auto function = which == HidString::manufacturer ? hidapi.hid_get_manufacturer_string
-                              : which == HidString::product    ? hidapi.hid_get_product_string
-                                                               : hidapi.hid_get_serial_number_string;
-        return function(node->device.get(), text, room);
-    });
+    const auto listed = info();
+    if (!listed) {
+        return std::nullopt;
+    }
+    // hidapi has no failure for a string that the device does not state.
+    return (which == HidString::manufacturer ? listed->manufacturer_string
+            : which == HidString::product    ? listed->product_string
+                                             : listed->serial_number)
+        .value_or(L"");
 }
 
 std::optional<std::wstring> HidrawInterface::HidD_GetIndexedString(ULONG index) {
-    return fetch_string([node = node_, index](wchar_t* text, std::size_t room) {
-        return node->hidapi.hid_get_indexed_string(node->device.get(), static_cast<int>(index), text, room);
-    });
-}
-
-template <typename Fetch>
-std::optional<std::wstring> HidrawInterface::fetch_string(Fetch fetch) {
     const auto text = std::make_shared<std::array<wchar_t, longest_string + 1>>();
     const IoResult result = calls_.run(
-        [node = node_, fetch, text] {
+        [node = node_, index, text] {
             const Utf8Locale utf8;
-            return outcome(*node, fetch(text->data(), text->size()));
+            return outcome(*node,
+                           node->hidapi.hid_get_indexed_string(node->device.get(), static_cast<int>(index),
+                                                               text->data(), text->size()));
         },
-        feature_timeout);
+        control_timeout);
     return result.status == IoResult::Status::done ? std::optional<std::wstring>(text->data()) : std::nullopt;
+}
+
+std::optional<HidInterfaceInfo> HidrawInterface::info() {
+    const auto listed = std::make_shared<HidInterfaceInfo>();
+    const IoResult result = calls_.run(
+        [node = node_, listed] {
+            const Utf8Locale utf8;
+            const hid_device_info* const entry = node->hidapi.hid_get_device_info(node->device.get());
+            if (entry == nullptr || entry->path == nullptr) {
+                return outcome(*node, -1);
+            }
+            *listed = interface_info(*entry);
+            return outcome(*node, 0);
+        },
+        control_timeout);
+    if (result.status != IoResult::Status::done) {
+        return std::nullopt;
+    }
+    const HIDP_CAPS caps = collection_.caps();
+    listed->path = DevicePath{listed->hid_interface, collection_.number()}.to_string();
+    listed->usage_page = caps.UsagePage;
+    listed->usage = caps.Usage;
+    return *listed;
+}
+
+std::vector<std::uint8_t> HidrawInterface::report_descriptor() {
+    return collection_.bytes();
 }
 
 }  // namespace platform::linux_platform

@@ -21,6 +21,10 @@ class CollectionDescriptor {
     /// Parsed anew: the caller owns it.
     hidp::PreparsedData parse() const;
     bool has_report_ids() const { return hidp::has_report_ids(parsed_.get()); }
+    const std::vector<std::uint8_t>& bytes() const { return descriptor_; }
+    /// Which of the descriptor's collections it is, counted from 0.
+    std::size_t number() const { return collection_; }
+    HIDP_CAPS caps() const;
     /// The length of one report, id byte included, 0 for one that the collection does not have.
     std::size_t report_length(HIDP_REPORT_TYPE type, std::uint8_t report_id) const;
 
@@ -58,12 +62,19 @@ class HidrawInterface final : public HidInterface {
     IoResult HidD_SetFeature(std::span<const std::uint8_t> report) override;
     IoResult HidD_GetFeature(std::span<std::uint8_t> report) override;
     std::optional<std::wstring> string(HidString which) override;
+    IoResult HidD_GetInputReport(std::span<std::uint8_t> report) override;
+    IoResult HidD_SetOutputReport(std::span<const std::uint8_t> report) override;
     std::optional<std::wstring> HidD_GetIndexedString(ULONG index) override;
+    std::optional<HidInterfaceInfo> info() override;
+    std::vector<std::uint8_t> report_descriptor() override;
 
   private:
+    using Get = decltype(Hidapi::hid_get_feature_report);
+    using Send = decltype(Hidapi::hid_send_feature_report);
+
     bool is_own_input(std::span<const std::uint8_t> report) const;
-    template <typename Fetch>
-    std::optional<std::wstring> fetch_string(Fetch fetch);
+    IoResult get_report(Get get, std::span<std::uint8_t> report);
+    IoResult send_report(Send send, std::span<const std::uint8_t> report);
 
     std::shared_ptr<const OpenNode> node_;
     const CollectionDescriptor collection_;

@@ -31,8 +31,12 @@ SharedLibrary::SharedLibrary(const char* name, Binding binding)
     }
 }
 
+void* SharedLibrary::find(const char* name) const {
+    return dlsym(handle_, name);
+}
+
 void* SharedLibrary::symbol(const char* name) const {
-    void* const found = dlsym(handle_, name);
+    void* const found = find(name);
     if (found == nullptr) {
         throw LibraryError(name_ + " has no function " + name);
     }

@@ -30,7 +30,14 @@ class SharedLibrary {
         function = reinterpret_cast<Function>(symbol(name));
     }
 
+    /// The same for a function that the library need not have: null where it has none.
+    template <typename Function>
+    void look_up_if_there(const char* name, Function& function) const {
+        function = reinterpret_cast<Function>(find(name));
+    }
+
   private:
+    void* find(const char* name) const;
     void* symbol(const char* name) const;
 
     std::string name_;

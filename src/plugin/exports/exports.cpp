@@ -19,9 +19,11 @@
 #include "hid/hid_device.h"
 #include "hid/usage_input.h"
 #include "hid/usage_output.h"
+#include "orvex/headset_hid.h"
 #include "orvex/headset_plugin.h"
+#include "orvex/headset_version.h"
 #include "platform/mutex.h"
-#include "plugin/exports/hid_extensions.h"
+#include "plugin/exports/later_hidapi.h"
 #include "plugin/plugin_manager.h"
 
 using headset_plugin::HidHandle;
@@ -82,6 +84,8 @@ OpenHandles& open_handles() {
     return *handles;
 }
 
+constexpr const wchar_t* out_of_memory = L"out of memory";
+
 /// Runs the body of a C function, which must not throw: memory that runs out gives the function's failure.
 template <typename Result, typename Body>
 Result guarded(Result failure, const Body& body) noexcept {
@@ -92,13 +96,73 @@ Result guarded(Result failure, const Body& body) noexcept {
     }
 }
 
-/// The same with the handle behind a pointer; failure for one that is not open.
+/// The same with the handle behind a pointer; failure for one that is not open. The handle's error is that of
+/// the body.
+template <typename Result, typename Body>
+Result with_handle(hid_device* device, Result failure, const Body& body) noexcept {
+    return guarded(failure, [&] {
+        const HidHandle handle = open_handles().find(device);
+        if (!handle) {
+            return failure;
+        }
+        headset_plugin::hid_set_error(handle.get(), L"");
+        return body(handle.get());
+    });
+}
+
 template <typename Body>
 int with_handle(hid_device* device, const Body& body) noexcept {
-    return guarded(-1, [&] {
-        const HidHandle handle = open_handles().find(device);
-        return handle ? body(handle.get()) : -1;
+    return with_handle(device, -1, body);
+}
+
+/// The failure of the last exported function without a handle, of whatever thread. The plug-in's own passes
+/// do not touch it: theirs stay with their threads.
+platform::Guarded<std::wstring>& process_error() {
+    static auto* const error = new platform::Guarded<std::wstring>;  // outlives every thread
+    return *error;
+}
+
+/// Runs the body of a function without a handle, whose error is then the process's.
+template <typename Result, typename Body>
+Result without_handle(Result failure, const Body& body) noexcept {
+    return guarded(failure, [&] {
+        headset_plugin::hid_set_error(nullptr, L"");
+        const Result result = body();
+        process_error().set(headset_plugin::hid_last_error(nullptr));
+        return result;
     });
+}
+
+/// A text for a caller who does not free it: the calling thread's copy, until that thread asks again.
+const wchar_t* thread_copy(std::wstring text) {
+    thread_local std::wstring copy;
+    copy = std::move(text);
+    return copy.empty() ? L"Success" : copy.c_str();
+}
+
+/// What `last_error` says of an open handle.
+const wchar_t* handle_error(hid_device* device, std::wstring (*last_error)(const hid_device*)) {
+    const HidHandle handle = open_handles().find(device);
+    return thread_copy(handle ? last_error(handle.get()) : L"no such device");
+}
+
+template <typename Byte>
+std::span<Byte> bytes(Byte* data, std::size_t length) {
+    return {data, data == nullptr ? 0 : length};
+}
+
+/// hidapi's version, as its two functions hand it out.
+struct StatedVersion {
+    explicit StatedVersion(platform::HidapiVersion version)
+        : numbers{version.major, version.minor, version.patch}, text(std::move(version.text)) {}
+
+    const hid_api_version numbers;
+    const std::string text;
+};
+
+const StatedVersion& stated_version() {
+    static const auto* const version = new StatedVersion(headset_plugin::hid_access_version());
+    return *version;
 }
 
 /// Reads as hidapi does: reports of a device without report ids come without an id byte.
@@ -175,18 +239,18 @@ void stopPluginControlFacade(void) {
 }
 
 int hid_init(void) {
-    return guarded(-1, [] { return headset_plugin::hid_access_init() ? 0 : -1; });
+    return without_handle(-1, [] { return headset_plugin::hid_access_init() ? 0 : -1; });
 }
 
 int hid_exit(void) {
-    return guarded(-1, [] {
+    return without_handle(-1, [] {
         headset_plugin::hid_access_exit();
         return 0;
     });
 }
 
 struct hid_device_info* hid_enumerate(unsigned short vendor_id, unsigned short product_id) {
-    return guarded(static_cast<hid_device_info*>(nullptr), [&] {
+    return without_handle(static_cast<hid_device_info*>(nullptr), [&] {
         auto list = headset_plugin::hid_list(vendor_id, product_id);
         state_serial_numbers(list.get());
         return list.release();
@@ -198,7 +262,7 @@ void hid_free_enumeration(struct hid_device_info* devs) {
 }
 
 hid_device* hid_open(unsigned short vendor_id, unsigned short product_id, const wchar_t* serial_number) {
-    return guarded(static_cast<hid_device*>(nullptr), [&] {
+    return without_handle(static_cast<hid_device*>(nullptr), [&] {
         return open_handles().add(headset_plugin::hid_open_handle(
             vendor_id, product_id,
             serial_number == nullptr ? std::nullopt : std::optional<std::wstring_view>(serial_number)));
@@ -206,31 +270,28 @@ hid_device* hid_open(unsigned short vendor_id, unsigned short product_id, const 
 }
 
 hid_device* hid_open_path(const char* path) {
-    return guarded(static_cast<hid_device*>(nullptr), [&] {
-        return open_handles().add(path == nullptr ? nullptr : headset_plugin::hid_open_handle(path));
+    return without_handle(static_cast<hid_device*>(nullptr), [&] {
+        return open_handles().add(headset_plugin::hid_open_handle(path == nullptr ? "" : path));
     });
 }
 
 int hid_write(hid_device* dev, const unsigned char* data, size_t length) {
     return with_handle(dev, [&](hid_device* device) {
-        return headset_plugin::hid_write_report(device, {data, data == nullptr ? 0 : length});
+        return headset_plugin::hid_write_report(device, bytes(data, length));
     });
 }
 
 int hid_read_timeout(hid_device* dev, unsigned char* data, size_t length, int milliseconds) {
     return with_handle(dev, [&](hid_device* device) {
-        return data == nullptr ? -1
-                               : read_as_hidapi(device, {data, length},
-                                                milliseconds < 0 ? platform::no_timeout
-                                                                 : std::chrono::milliseconds(milliseconds));
+        return read_as_hidapi(
+            device, bytes(data, length),
+            milliseconds < 0 ? platform::no_timeout : std::chrono::milliseconds(milliseconds));
     });
 }
 
 int hid_read(hid_device* dev, unsigned char* data, size_t length) {
     return with_handle(dev, [&](hid_device* device) {
-        return data == nullptr
-                   ? -1
-                   : read_as_hidapi(device, {data, length}, headset_plugin::hid_read_mode_timeout(device));
+        return read_as_hidapi(device, bytes(data, length), headset_plugin::hid_read_mode_timeout(device));
     });
 }
 
@@ -243,14 +304,35 @@ int hid_set_nonblocking(hid_device* dev, int nonblock) {
 
 int hid_send_feature_report(hid_device* dev, const unsigned char* data, size_t length) {
     return with_handle(dev, [&](hid_device* device) {
-        return data == nullptr ? -1 : headset_plugin::hid_send_feature(device, {data, length});
+        return headset_plugin::hid_send_feature(device, bytes(data, length));
     });
 }
 
 int hid_get_feature_report(hid_device* dev, unsigned char* data, size_t length) {
     return with_handle(dev, [&](hid_device* device) {
-        return data == nullptr ? -1 : headset_plugin::hid_get_feature(device, {data, length});
+        return headset_plugin::hid_get_feature(device, bytes(data, length));
     });
+}
+
+int hid_get_input_report(hid_device* dev, unsigned char* data, size_t length) {
+    return with_handle(
+        dev, [&](hid_device* device) { return headset_plugin::hid_get_input(device, bytes(data, length)); });
+}
+
+int hid_send_output_report(hid_device* dev, const unsigned char* data, size_t length) {
+    return with_handle(dev, [&](hid_device* device) {
+        return headset_plugin::hid_send_output(device, bytes(data, length));
+    });
+}
+
+int hid_get_report_descriptor(hid_device* dev, unsigned char* buf, size_t buf_size) {
+    return with_handle(dev, [&](hid_device* device) {
+        return headset_plugin::hid_copy_report_descriptor(device, bytes(buf, buf_size));
+    });
+}
+
+struct hid_device_info* hid_get_device_info(hid_device* dev) {
+    return with_handle(dev, static_cast<hid_device_info*>(nullptr), headset_plugin::hid_info);
 }
 
 void hid_close(hid_device* dev) {
@@ -283,13 +365,24 @@ int hid_get_indexed_string(hid_device* dev, int string_index, wchar_t* string, s
 }
 
 const wchar_t* hid_error(hid_device* dev) {
-    return guarded(static_cast<const wchar_t*>(L"out of memory"), [&] {
-        // The thread's own copy, valid until it asks again.
-        thread_local std::wstring text;
-        const HidHandle handle = open_handles().find(dev);
-        text = dev != nullptr && !handle ? L"no such device" : headset_plugin::hid_last_error(handle.get());
-        return text.empty() ? L"Success" : text.c_str();
+    return guarded(out_of_memory, [&] {
+        return dev == nullptr ? thread_copy(process_error().get())
+                              : handle_error(dev, headset_plugin::hid_last_error);
     });
+}
+
+const wchar_t* hid_read_error(hid_device* dev) {
+    return guarded(out_of_memory, [&] { return handle_error(dev, headset_plugin::hid_last_read_error); });
+}
+
+const struct hid_api_version* hid_version(void) {
+    static constexpr hid_api_version header{HID_API_VERSION_MAJOR, HID_API_VERSION_MINOR,
+                                            HID_API_VERSION_PATCH};
+    return guarded(&header, [] { return &stated_version().numbers; });
+}
+
+const char* hid_version_str(void) {
+    return guarded(HID_API_VERSION_STR, [] { return stated_version().text.c_str(); });
 }
 
 int hid_gen_led_event(hid_device* device, std::uint16_t usage_page, std::uint16_t usage, std::uint32_t value,
@@ -323,10 +416,14 @@ int hid_check_report_id(hid_device* device, std::uint32_t report_id, std::uint32
 }
 
 void hid_cancel_io(hid_device* device) {
-    with_handle(device, [&](hid_device* open) {
-        headset_plugin::hid_cancel(open);
+    guarded(0, [&] {
+        headset_plugin::hid_cancel(open_handles().find(device).get());
         return 0;
     });
+}
+
+int orvex_headset_plugin_version(void) {
+    return ORVEX_HEADSET_PLUGIN_VERSION;
 }
 
 }  // extern "C"

@@ -1,5 +1,7 @@
 #include "virtual_headset/platform/virtual_platform.h"
 
+#include <hidapi/hidapi.h>
+
 namespace platform {
 
 namespace virtual_platform {
@@ -30,6 +32,11 @@ std::wstring VirtualPlatform::init() {
 }
 
 void VirtualPlatform::exit() {}
+
+// No hidapi is at work here: what the functions mean is what its header says.
+HidapiVersion VirtualPlatform::hidapi_version() {
+    return {HID_API_VERSION_MAJOR, HID_API_VERSION_MINOR, HID_API_VERSION_PATCH, HID_API_VERSION_STR};
+}
 
 std::vector<HidInterfaceInfo> VirtualPlatform::enumerate(std::uint16_t vendor_id, std::uint16_t product_id) {
     return bus_.enumerate(vendor_id, product_id);

@@ -8,7 +8,8 @@
 #include <hidapi/hidapi.h>
 #include <thread>
 
-#include "plugin/exports/hid_extensions.h"
+#include "orvex/headset_hid.h"
+#include "plugin/exports/later_hidapi.h"
 #include "tests/hid/headsets_on_bus.h"
 #include "tests/support/recording_logger.h"
 #include "virtual_headset/platform/virtual_platform.h"
