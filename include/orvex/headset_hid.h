@@ -32,7 +32,7 @@
 
 #include <stdint.h>
 
-#include "headset_version.h"
+#include "orvex/headset_version.h"
 
 #ifdef __cplusplus
 extern "C" {

@@ -59,7 +59,7 @@
 #include <string>
 #include <vector>
 
-#include "headset_version.h"
+#include "orvex/headset_version.h"
 
 // Texts and lists of the C++ library cross the boundary, so both sides must have them in the same form. With
 // another form a client compiles and links, and then goes wrong without a word.

@@ -473,6 +473,16 @@ HidBackend::OpenResult VirtualBus::open(const std::string& path) {
 
 // ---- the transport's side
 
+std::vector<std::uint8_t> VirtualBus::input_report(int headset, std::uint8_t report_id) const {
+    MutexLock lock(mutex_);
+    const auto found = find(headset);
+    std::vector<std::uint8_t> report;
+    for (std::size_t i = 0; found && found->plugged && report.empty() && i < found->collections.size(); ++i) {
+        report = found->current_input_report({i, report_id});
+    }
+    return report;
+}
+
 void VirtualBus::receive_output(int headset, std::span<const std::uint8_t> report) {
     std::size_t left = 0;
     {

@@ -136,6 +136,9 @@ class VirtualBus {
 
     /// An output report was written to the headset, byte 0 its id (0 for none).
     void receive_output(int headset, std::span<const std::uint8_t> report);
+    /// The input report with this id as the headset's keys are now, byte 0 its id (0 for none); empty for no
+    /// such report, and for a headset that is not plugged.
+    std::vector<std::uint8_t> input_report(int headset, std::uint8_t report_id) const;
 
   private:
     friend class VirtualInterface;

@@ -277,6 +277,21 @@ TEST_F(HidOpen, works_again_once_the_failure_is_over) {
     EXPECT_NE(open_plugged(headset), nullptr);
 }
 
+TEST_F(HidOpen, says_what_the_device_is_once_it_answers) {
+    const HidHandle handle = open(every_kind());
+    platform_.script.refuse_info = true;
+    EXPECT_EQ(headset_plugin::hid_info(handle.get()), nullptr);
+    EXPECT_EQ(hid_last_error(handle.get()), L"The device does not say what it is.");
+    platform_.script.refuse_info = false;
+    EXPECT_NE(headset_plugin::hid_info(handle.get()), nullptr);
+}
+
+TEST_F(HidOpen, needs_hidapi_whose_version_can_be_asked_for) {
+    EXPECT_EQ(headset_plugin::hid_access_version().text, "1.2.3");
+    platform_.script.init_error = L"no library";
+    EXPECT_EQ(headset_plugin::hid_access_version().text, HID_API_VERSION_STR);
+}
+
 // ---- opening by ids
 
 TEST_F(HidOpenByIds, prefers_the_telephony_collection_wherever_it_stands) {
@@ -289,6 +304,46 @@ TEST_F(HidOpenByIds, prefers_the_telephony_collection_wherever_it_stands) {
 TEST_F(HidOpenByIds, takes_the_first_collection_where_there_is_no_telephony) {
     plug_model(bus(), "logitech-g535");
     const HidHandle handle = hid_open_handle(0x046D, 0x0AC4, std::nullopt);
+    ASSERT_NE(handle, nullptr);
+    EXPECT_EQ(handle->caps.UsagePage, 0x0C);
+}
+
+TEST_F(HidOpenByIds, takes_the_first_headset_also_where_a_later_one_has_telephony) {
+    HeadsetDescription first = described(*find_model("logitech-g535"));  // without telephony
+    HeadsetDescription later = described(every_kind());
+    later.vendor_id = first.vendor_id;
+    later.product_id = first.product_id;
+    for (const bool with_serial_numbers : {true, false}) {
+        bus().reset();
+        if (!with_serial_numbers) {
+            first.serial.reset();
+            later.serial.reset();
+        }
+        plug(bus(), first);
+        plug(bus(), later);
+        const HidHandle handle = hid_open_handle(first.vendor_id, first.product_id, std::nullopt);
+        ASSERT_NE(handle, nullptr);
+        EXPECT_EQ(handle->caps.UsagePage, 0x0C);
+    }
+}
+
+TEST_F(HidOpenByIds, takes_a_telephony_collection_that_another_interface_of_the_headset_has) {
+    HeadsetDescription consumer = described(*find_model("logitech-g535"));
+    HeadsetDescription telephony_interface = described(every_kind());
+    telephony_interface.vendor_id = consumer.vendor_id;
+    telephony_interface.product_id = consumer.product_id;
+    telephony_interface.serial = consumer.serial;
+    plug(bus(), consumer);
+    plug(bus(), telephony_interface);
+    const HidHandle handle = hid_open_handle(consumer.vendor_id, consumer.product_id, std::nullopt);
+    ASSERT_NE(handle, nullptr);
+    EXPECT_EQ(handle->caps.UsagePage, telephony_page);
+}
+
+TEST_F(HidOpenByIds, takes_any_product_of_the_first_vendor_where_no_ids_are_given) {
+    plug_model(bus(), "logitech-g535");
+    plug_model(bus(), "jabra-link-380c");
+    const HidHandle handle = hid_open_handle(0, 0, std::nullopt);
     ASSERT_NE(handle, nullptr);
     EXPECT_EQ(handle->caps.UsagePage, 0x0C);
 }

@@ -1,7 +1,8 @@
-// The plug-in's exported HID functions mean what hidapi's mean: one client, linked with either, says the
-// same.
+// The plug-in's exported HID functions mean what hidapi's mean: one client says the same with either, in
+// every way in which the plug-in can come into hidapi's place.
 
 #include <atomic>
+#include <cstdlib>
 #include <thread>
 
 #include "tests/kernel/kernel_headsets.h"
@@ -17,11 +18,26 @@ struct ClientRun {
     std::vector<Report> written;
 };
 
-class HidapiClient : public KernelHeadsets {
+/// How a client is built and started.
+struct ClientRow {
+    const char* name;
+    const char* program;
+    const char* preloaded = "";
+};
+
+const ClientRow with_hidapi{"hidapi", ORVEX_HIDAPI_CLIENT};
+const ClientRow with_plugin[] = {
+    {"linked_with_the_plugin", ORVEX_PLUGIN_CLIENT},
+    {"linked_with_the_plugin_before_hidapi", ORVEX_PLUGIN_FIRST_CLIENT},
+    {"linked_with_hidapi_and_the_plugin_preloaded", ORVEX_HIDAPI_CLIENT, ORVEX_PRODUCT_LIBRARY},
+};
+
+class HidapiClient : public KernelHeadsets, public testing::WithParamInterface<ClientRow> {
   protected:
     /// Runs the client while the headset's mute key is pressed over and over.
-    ClientRun run(const char* program, int headset) const {
+    ClientRun run(const ClientRow& client, int headset) const {
         const auto before = outputs(headset).size();
+        setenv("LD_PRELOAD", client.preloaded, 1);  // before there is another thread
         std::atomic<bool> over{false};
         std::thread user([&] {
             while (!over) {
@@ -29,9 +45,10 @@ class HidapiClient : public KernelHeadsets {
                 std::this_thread::yield();
             }
         });
-        const ProgramResult result = run_program(program, {orvex_virtual_serial(headset)});
+        const ProgramResult result = run_program(client.program, {orvex_virtual_serial(headset)});
         over = true;
         user.join();
+        unsetenv("LD_PRELOAD");
         EXPECT_EQ(result.status, 0) << result.errors;
         const auto all = outputs(headset);
         return {result.output, {all.begin() + static_cast<std::ptrdiff_t>(before), all.end()}};
@@ -39,24 +56,29 @@ class HidapiClient : public KernelHeadsets {
 
     void expect_same(int headset) {
         hidapi_.wait_for_list(wide_serial(headset));
-        const ClientRun with_hidapi = run(ORVEX_HIDAPI_CLIENT, headset);
-        const ClientRun with_plugin = run(ORVEX_PLUGIN_CLIENT, headset);
-        EXPECT_NE(with_hidapi.said.find("hid_read: 2: 08 01"), std::string::npos) << with_hidapi.said;
-        EXPECT_NE(with_hidapi.said.find("by serial number: opened"), std::string::npos) << with_hidapi.said;
-        EXPECT_EQ(with_plugin.said, with_hidapi.said);
-        EXPECT_EQ(with_hidapi.written, std::vector<Report>(3, Report{0x09, 0x01}));
-        EXPECT_EQ(with_plugin.written, with_hidapi.written);
+        const ClientRun wanted = run(with_hidapi, headset);
+        const ClientRun found = run(GetParam(), headset);
+        for (const char* const line : {"hid_read: 2: 08 01", "by serial number: opened",
+                                       "device info: with telephony", "get input report: 2: 08"}) {
+            EXPECT_NE(wanted.said.find(line), std::string::npos) << line << "\n" << wanted.said;
+        }
+        EXPECT_EQ(found.said, wanted.said);
+        EXPECT_EQ(wanted.written, std::vector<Report>(3, Report{0x09, 0x01}));
+        EXPECT_EQ(found.written, wanted.written);
     }
 
     SystemHidapi hidapi_;
 };
 
-TEST_F(HidapiClient, says_the_same_with_hidapi_and_with_the_plugin) {
+TEST_P(HidapiClient, says_what_it_says_with_hidapi) {
     expect_same(plug_headset("poly-blackwire-3220"));
 }
 
-TEST_F(HidapiClient, says_the_same_of_a_serial_number_with_odd_characters) {
+TEST_P(HidapiClient, says_the_same_of_a_serial_number_with_odd_characters) {
     expect_same(plug_headset("poly-blackwire-3220", "X 1/2:3"));
 }
+
+INSTANTIATE_TEST_SUITE_P(Clients, HidapiClient, testing::ValuesIn(with_plugin),
+                         [](const auto& row) { return row.param.name; });
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <gtest/gtest.h>
+#include <string>
 
 #include "orvex/headset_plugin.h"
 #include "tests/support/virtual_slots.h"
@@ -84,6 +85,36 @@ TEST(InterfaceSlots, are_those_that_a_compiled_host_calls) {
     for (const Row& row : rows) {
         EXPECT_EQ(row.slot, row.expected) << row.name;
     }
+}
+
+/// A client's listener: what it does not use, it does not have.
+class MuteListener final : public CallControlListener {
+  public:
+    void onMuteCall(const std::string& /*device_id*/, const std::string& cid, bool /*muted*/) override {
+        muted_call = cid;
+    }
+    std::string muted_call;
+};
+
+TEST(CallControlListenerBase, ignores_what_a_listener_does_not_override) {
+    MuteListener mute_listener;
+    CallListener& listener = mute_listener;
+    listener.onAnswer("d", "1");
+    listener.onEndCall("d", "1");
+    listener.onHoldCall("d", "1");
+    listener.onResumeCall("d", "1");
+    listener.onRejectCall("d", "1");
+    listener.onUnmuteCall("d", "1", false);
+    listener.onListenerAttached("");
+    listener.onActiveDeviceNotify("d", 1, 2, "v", "n", "s");
+    listener.onDeviceRemovedNotify("d", 1, 2, "v", "n", "s");
+    listener.reservedListener11("");
+    listener.reservedListener12("");
+    listener.reservedListener13("");
+    listener.onFunctionKey("d", "1");
+    EXPECT_EQ(mute_listener.muted_call, "");
+    listener.onMuteCall("d", "42", true);
+    EXPECT_EQ(mute_listener.muted_call, "42");
 }
 
 }  // namespace

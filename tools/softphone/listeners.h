@@ -26,7 +26,7 @@ class Logger final : public plugin_control::IPluginLogger {
 };
 
 /// The requests come on the read thread, the notices on the worker.
-class CallControlListener final : public plugin_control::IPluginCallControlListener {
+class CallControlListener final : public plugin_control::CallControlListener {
   public:
     explicit CallControlListener(std::shared_ptr<EventQueue> events) : events_(std::move(events)) {}
 
@@ -45,11 +45,6 @@ class CallControlListener final : public plugin_control::IPluginCallControlListe
                                const std::string& vendor_name, const std::string& device_name,
                                const std::string& serial) override;
     void onFunctionKey(const std::string& device_id, const std::string& cid) override;
-
-    // Never called; the interface has them.
-    void reservedListener11(const std::string& /*argument*/) override {}
-    void reservedListener12(const std::string& /*argument*/) override {}
-    void reservedListener13(const std::string& /*argument*/) override {}
 
   private:
     std::shared_ptr<EventQueue> events_;

@@ -104,6 +104,16 @@ void UhidDevice::send_input(std::span<const std::uint8_t> report) const {
     write_event(event);
 }
 
+// Byte 0 is there without report ids, too, as in what a USB headset's answer becomes.
+void UhidDevice::answer_request(const uhid_event& request, std::span<const std::uint8_t> report) const {
+    uhid_event event{};
+    event.type = UHID_GET_REPORT_REPLY;
+    event.u.get_report_reply.id = request.u.get_report.id;
+    event.u.get_report_reply.size = static_cast<std::uint16_t>(report.size());
+    std::copy(report.begin(), report.end(), event.u.get_report_reply.data);
+    write_event(event);
+}
+
 void UhidDevice::refuse_request(const uhid_event& request) const {
     uhid_event event{};
     if (request.type == UHID_GET_REPORT) {

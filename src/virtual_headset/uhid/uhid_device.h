@@ -32,7 +32,9 @@ class UhidDevice {
 
     /// Sends an input report, byte 0 its id (0 for none).
     void send_input(std::span<const std::uint8_t> report) const;
-    /// Answers a request for a report by the control channel: the headset has none.
+    /// Answers a request for an input report by the control channel; byte 0 is the report's id (0 for none).
+    void answer_request(const uhid_event& request, std::span<const std::uint8_t> report) const;
+    /// Answers a request by the control channel: the headset has no such report.
     void refuse_request(const uhid_event& request) const;
     /// Takes the device away: who has it open finds that out.
     void destroy() const;

@@ -136,12 +136,26 @@ void UhidTransport::handle_event(int headset) {
             bus_.receive_output(headset, std::span(event.u.output.data, event.u.output.size));
             break;
         case UHID_GET_REPORT:
+            handle_get_report(headset, *device, event);
+            break;
         case UHID_SET_REPORT:
-            // Without an answer the one who asks waits for five seconds.
             device->refuse_request(event);
             break;
         default:
             break;
+    }
+}
+
+/// Without an answer the one who asks waits for five seconds.
+void UhidTransport::handle_get_report(int headset, const UhidDevice& device, const uhid_event& request) {
+    std::vector<std::uint8_t> report;
+    if (request.u.get_report.rtype == UHID_INPUT_REPORT) {
+        report = bus_.input_report(headset, request.u.get_report.rnum);
+    }
+    if (report.empty()) {
+        device.refuse_request(request);
+    } else {
+        device.answer_request(request, report);
     }
 }
 

@@ -36,6 +36,7 @@ class UhidTransport final : public Transport {
     // What runs on the dispatching thread.
     void dispatch(int poller);
     void handle_event(int headset);
+    void handle_get_report(int headset, const UhidDevice& device, const uhid_event& request);
     void handle_start(int headset);
 
     VirtualBus& bus_;

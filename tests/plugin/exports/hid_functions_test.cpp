@@ -1,14 +1,19 @@
 // The exported HID functions, called as a host calls them.
 
 #include <array>
+#include <atomic>
 #include <cwchar>
 #include <functional>
 #include <future>
 #include <gtest/gtest.h>
 #include <hidapi/hidapi.h>
+#include <set>
+#include <string>
 #include <thread>
 
+#include "hid/hid_access.h"
 #include "orvex/headset_hid.h"
+#include "orvex/headset_version.h"
 #include "plugin/exports/later_hidapi.h"
 #include "tests/hid/headsets_on_bus.h"
 #include "tests/support/recording_logger.h"
@@ -98,6 +103,7 @@ class HidRead : public HidFunctions {};
 class HidWrite : public HidFunctions {};
 class HidClose : public HidFunctions {};
 class HidStrings : public HidFunctions {};
+class HidDeviceInfo : public HidFunctions {};
 class HidExtensions : public HidFunctions {};
 
 // ---- beginning, listing, opening
@@ -155,6 +161,7 @@ TEST_F(HidOpenFunctions, fail_with_a_reason) {
 
 TEST_F(HidOpenFunctions, fail_for_no_path) {
     EXPECT_EQ(hid_open_path(nullptr), nullptr);
+    EXPECT_STREQ(hid_error(nullptr), L"CreateFile: The system cannot find the device specified.");
 }
 
 // ---- reading
@@ -300,6 +307,42 @@ TEST_F(HidWrite, of_feature_reports_fails_where_the_headset_has_none) {
     EXPECT_EQ(hid_get_feature_report(device_, nullptr, 2), -1);
 }
 
+TEST_F(HidWrite, of_an_output_report_by_the_control_channel_lights_the_headset) {
+    const Bytes report{0x02, 0x01};
+    EXPECT_EQ(hid_send_output_report(device_, report.data(), report.size()), 2);
+    EXPECT_EQ(bus().indicator(headset_, {led_page, 0x17}), true);
+    ASSERT_EQ(bus().misbehave(headset_, Fault::write_fails), "");
+    EXPECT_EQ(hid_send_output_report(device_, report.data(), report.size()), -1);
+    expect_error(L"HidD_SetOutputReport: The request could not be performed because of an I/O device error.");
+    EXPECT_EQ(hid_send_output_report(device_, nullptr, 2), -1);
+    expect_error(L"Zero length buffer");
+}
+
+TEST_F(HidRead, of_an_input_report_by_its_id_gives_the_keys_as_they_are) {
+    ASSERT_EQ(bus().set_key(headset_, phone_mute, true), "");
+    std::array<unsigned char, 4> report{0x02, 0xEE, 0xEE, 0xEE};
+    EXPECT_EQ(hid_get_input_report(device_, report.data(), report.size()), 2);
+    EXPECT_EQ(report, (std::array<unsigned char, 4>{0x02, 0x01, 0xEE, 0xEE}));
+    ASSERT_EQ(bus().set_key(headset_, phone_mute, false), "");
+    EXPECT_EQ(hid_get_input_report(device_, report.data(), report.size()), 2);
+    EXPECT_EQ(report[1], 0x00);
+    report[0] = 0x07;
+    EXPECT_EQ(hid_get_input_report(device_, report.data(), report.size()), -1);
+    expect_error(L"HidD_GetInputReport: The device has no such input report.");
+    EXPECT_EQ(hid_get_input_report(device_, nullptr, 2), -1);
+    expect_error(L"Zero length buffer");
+}
+
+TEST_F(HidRead, of_an_input_report_without_id_leaves_byte_0) {
+    open(unnumbered());
+    ASSERT_EQ(bus().set_key(headset_, phone_mute, true), "");
+    std::array<unsigned char, 4> report{};
+    EXPECT_EQ(hid_get_input_report(device_, report.data(), report.size()), 2);
+    EXPECT_EQ(report, (std::array<unsigned char, 4>{0x00, 0x01, 0x00, 0x00}));
+    ASSERT_EQ(bus().unplug(headset_), "");
+    EXPECT_EQ(hid_get_input_report(device_, report.data(), report.size()), -1);
+}
+
 TEST_F(HidWrite, and_reading_of_feature_reports_need_room) {
     Bytes report{0x02, 0x01};
     EXPECT_EQ(hid_send_feature_report(device_, report.data(), 0), -1);
@@ -334,6 +377,14 @@ const HandleFunction handle_functions[] = {
      [](hid_device* device) { return hid_send_feature_report(device, g_report.data(), g_report.size()); }},
     {"hid_get_feature_report",
      [](hid_device* device) { return hid_get_feature_report(device, g_report.data(), g_report.size()); }},
+    {"hid_get_input_report",
+     [](hid_device* device) { return hid_get_input_report(device, g_report.data(), g_report.size()); }},
+    {"hid_send_output_report",
+     [](hid_device* device) { return hid_send_output_report(device, g_report.data(), g_report.size()); }},
+    {"hid_get_report_descriptor",
+     [](hid_device* device) { return hid_get_report_descriptor(device, g_report.data(), g_report.size()); }},
+    {"hid_get_device_info",
+     [](hid_device* device) { return hid_get_device_info(device) == nullptr ? -1 : 0; }},
     {"hid_get_manufacturer_string",
      [](hid_device* device) { return hid_get_manufacturer_string(device, g_text.data(), g_text.size()); }},
     {"hid_get_product_string",
@@ -369,6 +420,7 @@ TEST_F(HidClose, makes_every_function_fail_on_the_handle_and_may_be_repeated) {
     hid_close(closed);
     expect_no_handle(closed);
     EXPECT_STREQ(hid_error(closed), L"no such device");
+    EXPECT_STREQ(hid_read_error(closed), L"no such device");
 }
 
 TEST_F(HidClose, and_every_other_function_fail_without_a_device) {
@@ -464,11 +516,134 @@ TEST_F(HidStrings, of_errors_say_success_where_there_was_none) {
     expect_error(L"Success");
 }
 
-TEST_F(HidStrings, of_errors_belong_to_the_thread_that_asked) {
+TEST_F(HidStrings, of_errors_are_valid_until_the_thread_asks_again) {
     hid_write(device_, nullptr, 0);
     const wchar_t* const text = hid_error(device_);
     std::thread([] { hid_error(nullptr); }).join();  // does not touch this thread's text
     EXPECT_STREQ(text, L"Zero length buffer");
+}
+
+TEST_F(HidStrings, of_errors_are_those_of_the_last_call_on_the_handle) {
+    hid_write(device_, nullptr, 0);
+    expect_error(L"Zero length buffer");
+    const Bytes report{0x02, 0x01};
+    EXPECT_EQ(hid_write(device_, report.data(), report.size()), 3);
+    expect_error(L"Success");
+}
+
+TEST_F(HidStrings, of_errors_without_a_handle_are_the_processs) {
+    std::thread([] { hid_open(0x9999, product, nullptr); }).join();
+    EXPECT_STREQ(hid_error(nullptr), L"Device with requested VID/PID/(SerialNumber) not found");
+    std::thread([] { hid_init(); }).join();
+    EXPECT_STREQ(hid_error(nullptr), L"Success");
+}
+
+TEST_F(HidStrings, of_errors_are_not_those_of_the_plugins_own_passes) {
+    hid_init();
+    headset_plugin::hid_list(0x9999, 0);
+    EXPECT_STREQ(hid_error(nullptr), L"Success");
+}
+
+TEST_F(HidStrings, of_errors_without_a_handle_may_be_asked_for_while_other_threads_fail) {
+    std::atomic<bool> over{false};
+    std::thread failing([&] {
+        while (!over) {
+            hid_open(0x9999, product, nullptr);
+            hid_open_path("nowhere");
+        }
+    });
+    const std::set<std::wstring> texts{L"Success", L"Device with requested VID/PID/(SerialNumber) not found",
+                                       L"CreateFile: The system cannot find the device specified."};
+    constexpr int rounds = 200;
+    for (int i = 0; i < rounds; ++i) {
+        EXPECT_EQ(texts.count(hid_error(nullptr)), 1U);
+    }
+    over = true;
+    failing.join();
+}
+
+TEST_F(HidStrings, of_read_errors_are_those_of_reads_alone) {
+    std::array<unsigned char, 4> report{};
+    EXPECT_EQ(hid_read(device_, report.data(), 0), -1);
+    const Bytes output{0x02, 0x01};
+    EXPECT_EQ(hid_write(device_, output.data(), output.size()), 3);
+    EXPECT_STREQ(hid_read_error(device_), L"Zero length buffer");
+    hid_write(device_, nullptr, 0);
+    EXPECT_EQ(hid_read_timeout(device_, report.data(), report.size(), 0), 0);
+    EXPECT_STREQ(hid_read_error(device_), L"Success");
+}
+
+// ---- what the device is
+
+TEST_F(HidDeviceInfo, is_the_entry_of_the_enumeration) {
+    hid_device_info* const list = hid_enumerate(vendor, product);
+    ASSERT_NE(list, nullptr);
+    const hid_device_info* const info = hid_get_device_info(device_);
+    ASSERT_NE(info, nullptr);
+    EXPECT_STREQ(info->path, list->path);
+    EXPECT_EQ(info->vendor_id, list->vendor_id);
+    EXPECT_EQ(info->product_id, list->product_id);
+    EXPECT_STREQ(info->serial_number, list->serial_number);
+    EXPECT_EQ(info->release_number, list->release_number);
+    EXPECT_STREQ(info->manufacturer_string, list->manufacturer_string);
+    EXPECT_STREQ(info->product_string, list->product_string);
+    EXPECT_EQ(info->usage_page, list->usage_page);
+    EXPECT_EQ(info->usage, list->usage);
+    EXPECT_EQ(info->interface_number, list->interface_number);
+    EXPECT_EQ(info->bus_type, list->bus_type);
+    EXPECT_EQ(info->next, nullptr);
+    EXPECT_EQ(hid_get_device_info(device_), info) << "valid until the device is closed";
+    hid_free_enumeration(list);
+}
+
+TEST_F(HidDeviceInfo, is_that_of_the_collection_that_is_open) {
+    const int headset = plug_model(bus(), "jabra-link-380c");
+    const std::string path = path_of(bus(), headset, 0x0C);
+    hid_device* const consumer = hid_open_path(path.c_str());
+    ASSERT_NE(consumer, nullptr);
+    EXPECT_EQ(hid_get_device_info(consumer)->path, path);
+    EXPECT_EQ(hid_get_device_info(consumer)->usage_page, 0x0C);
+    hid_close(consumer);
+}
+
+TEST_F(HidDeviceInfo, has_an_empty_serial_number_where_the_headset_has_none) {
+    auto description = described(numbered());
+    description.serial.reset();
+    hid_device* const device = hid_open_path(path_of(bus(), plug(bus(), description)).c_str());
+    ASSERT_NE(device, nullptr);
+    EXPECT_STREQ(hid_get_device_info(device)->serial_number, L"");
+    hid_close(device);
+}
+
+TEST_F(HidDeviceInfo, has_a_report_descriptor_as_much_as_fits) {
+    const Bytes descriptor = numbered();
+    Bytes copy(descriptor.size() + 1, 0xEE);
+    EXPECT_EQ(hid_get_report_descriptor(device_, copy.data(), copy.size()),
+              static_cast<int>(descriptor.size()));
+    copy.pop_back();
+    EXPECT_EQ(copy, descriptor);
+    Bytes start(4, 0xEE);
+    EXPECT_EQ(hid_get_report_descriptor(device_, start.data(), 3), 3);
+    EXPECT_EQ(start, (Bytes{descriptor[0], descriptor[1], descriptor[2], 0xEE}));
+    EXPECT_EQ(hid_get_report_descriptor(device_, nullptr, 3), -1);
+    expect_error(L"Zero length buffer");
+}
+
+// ---- versions
+
+TEST(HidVersion, is_that_of_hidapi) {
+    const hid_api_version* const version = hid_version();
+    EXPECT_EQ(HID_API_MAKE_VERSION(version->major, version->minor, version->patch), HID_API_VERSION);
+    EXPECT_STREQ(hid_version_str(), HID_API_VERSION_STR);
+}
+
+TEST(PluginVersion, of_the_library_is_that_of_the_headers) {
+    EXPECT_EQ(orvex_headset_plugin_version(), ORVEX_HEADSET_PLUGIN_VERSION);
+    EXPECT_EQ(ORVEX_HEADSET_PLUGIN_MAKE_VERSION(1, 2, 3), 1002003);
+    EXPECT_EQ(ORVEX_HEADSET_PLUGIN_VERSION_STRING, std::to_string(ORVEX_HEADSET_PLUGIN_VERSION_MAJOR) + "." +
+                                                       std::to_string(ORVEX_HEADSET_PLUGIN_VERSION_MINOR) +
+                                                       "." +
+                                                       std::to_string(ORVEX_HEADSET_PLUGIN_VERSION_PATCH));
 }
 
 // ---- beyond hidapi

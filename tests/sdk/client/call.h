@@ -15,26 +15,10 @@ struct Log final : plugin_control::IPluginLogger {
 };
 
 /// Hears one thing: that the call is to be muted.
-struct Listener final : plugin_control::IPluginCallControlListener {
+struct Listener final : plugin_control::CallControlListener {
     std::promise<std::string> muted_call;
 
     void onMuteCall(const std::string&, const std::string& cid, bool) override { muted_call.set_value(cid); }
-
-    void onAnswer(const std::string&, const std::string&) override {}
-    void onEndCall(const std::string&, const std::string&) override {}
-    void onHoldCall(const std::string&, const std::string&) override {}
-    void onResumeCall(const std::string&, const std::string&) override {}
-    void onRejectCall(const std::string&, const std::string&) override {}
-    void onUnmuteCall(const std::string&, const std::string&, bool) override {}
-    void onListenerAttached(const std::string&) override {}
-    void onActiveDeviceNotify(const std::string&, int, int, const std::string&, const std::string&,
-                              const std::string&) override {}
-    void onDeviceRemovedNotify(const std::string&, int, int, const std::string&, const std::string&,
-                               const std::string&) override {}
-    void reservedListener11(const std::string&) override {}
-    void reservedListener12(const std::string&) override {}
-    void reservedListener13(const std::string&) override {}
-    void onFunctionKey(const std::string&, const std::string&) override {}
 };
 
 /// The functions of virtual_headset.h, linked or looked up.
