@@ -4,6 +4,7 @@
 #include <clocale>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <hidapi/hidapi.h>
 
 #include "platform/linux/shared_library.h"
 #include "platform/linux/utf8_locale.h"
@@ -39,6 +40,26 @@ TEST_F(LinuxHid, tells_why_a_path_cannot_be_opened) {
     EXPECT_EQ(error_of(""), L": No such file or directory");
     EXPECT_EQ(error_of("/dev/null"), L"/dev/null: this is no HID device");
     EXPECT_EQ(error_of("/"), L"/: Is a directory");
+}
+
+TEST_F(LinuxHid, has_the_version_of_the_hidapi_that_is_loaded) {
+    const SharedLibrary hidapi("libhidapi-hidraw.so.0");
+    decltype(&::hid_version_str) version_str = nullptr;
+    hidapi.look_up("hid_version_str", version_str);
+    const HidapiVersion version = hid_.hidapi_version();
+    EXPECT_EQ(version.text, version_str());
+    EXPECT_EQ(version.text.find(std::to_string(version.major) + "." + std::to_string(version.minor) + "." +
+                                std::to_string(version.patch)),
+              0U);
+}
+
+TEST(LinuxSharedLibrary, leaves_a_function_null_that_it_need_not_have) {
+    const SharedLibrary library("libudev.so.1");
+    void (*function)() = [] {};
+    library.look_up_if_there("udev_none", function);
+    EXPECT_EQ(function, nullptr);
+    library.look_up_if_there("udev_new", function);
+    EXPECT_NE(function, nullptr);
 }
 
 TEST(LinuxSharedLibrary, names_the_library_that_is_missing) {
