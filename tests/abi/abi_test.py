@@ -32,7 +32,10 @@ class Interface(unittest.TestCase):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
-        self.headers = {name: pathlib.Path(ROOT, "include", name).read_text(encoding="utf-8") for name in (PLUGIN, VIRTUAL)}
+        self.headers = {
+            f"orvex/{header.name}": header.read_text(encoding="utf-8")
+            for header in pathlib.Path(ROOT, "include/orvex").glob("*.h")
+        }
         self.library = LIBRARY
         (self.folder / "include/orvex").mkdir(parents=True)
         (self.folder / "abi").mkdir()
