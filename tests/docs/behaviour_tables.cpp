@@ -1,7 +1,7 @@
-// Prints the tables of docs/behaviour.md, what the plug-in's own code does with calls, keys and reports, or
-// those of docs/dormant-drivers.md.
+// Prints the tables of docs/behaviour.md, which tell what the plug-in's own code does with calls, keys and
+// reports, or those of docs/dormant-drivers.md, or that of README.md.
 //
-// Usage: behaviour_tables [dormant]
+// Usage: behaviour_tables [dormant|readme]
 #include <exception>
 #include <iostream>
 #include <string_view>
@@ -47,7 +47,11 @@ int main(int argc, char** argv) try {
         docs::print_dormant_drivers();
         return 0;
     }
-    std::cerr << "usage: behaviour_tables [dormant]\n";
+    if (argc == 2 && std::string_view(argv[1]) == "readme") {
+        docs::print_support();
+        return 0;
+    }
+    std::cerr << "usage: behaviour_tables [dormant|readme]\n";
     return 2;
 } catch (const std::exception& error) {
     std::cerr << "behaviour_tables: " << error.what() << '\n';

@@ -1,12 +1,14 @@
 #include "tests/docs/device_tables.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -30,7 +32,9 @@ using namespace headset_plugin;
 using platform::virtual_headsets::HeadsetModel;
 using Bytes = std::vector<std::uint8_t>;
 
+constexpr std::uint16_t led_page = 0x08;
 constexpr std::uint16_t telephony_page = 0x0B;
+constexpr std::uint16_t last_telephony_usage = 0x15D;  // HID Usage Tables, section 14
 
 // ---- the filter of hook keys
 
@@ -262,6 +266,82 @@ std::string press_words(const PluggedModel& plugged_model, std::uint16_t usage) 
     return joined(words, ", ");
 }
 
+// ---- what is supported
+
+/// Something that a user may ask for, and the keys that ask for it with some calls or others.
+struct SupportedRequest {
+    const char* words;
+    std::array<std::int32_t, 2> keys;
+};
+
+constexpr SupportedRequest supported_requests[] = {
+    {"Answer", {HEADSET_KEY_HOOK, HEADSET_KEY_4}},
+    {"End", {HEADSET_KEY_END_CALL, HEADSET_KEY_END_CALL}},
+    {"Reject", {HEADSET_KEY_LOGITECH_8, HEADSET_KEY_LOGITECH_8}},
+    {"Hold", {HEADSET_KEY_4, HEADSET_KEY_4}},
+    {"Mute", {HEADSET_KEY_MUTE, HEADSET_KEY_MUTE}},
+};
+
+/// An indicator of the LED page (HID Usage Tables, section 11), and what should light it.
+struct SupportedIndicator {
+    const char* words;
+    std::uint16_t usage;
+    std::uint32_t state;
+    bool muted;
+};
+
+constexpr SupportedIndicator supported_indicators[] = {
+    {"Call indicator", 0x17, HEADSET_STATE_INUSE, false},
+    {"Mute indicator", 0x09, HEADSET_STATE_INUSE, true},
+    {"Ring indicator", 0x18, HEADSET_STATE_ALERTING, false},
+    {"Hold indicator", 0x20, HEADSET_STATE_HOLD, false},
+};
+
+const char* yes_or_no(bool is_so) {
+    return is_so ? "**yes**" : "no";
+}
+
+/// The keys that its driver reads while every key of the headset is pressed.
+std::set<std::int32_t> keys_of(const PluggedModel& headset) {
+    std::set<std::int32_t> keys;
+    for (std::uint16_t usage = 1; usage <= last_telephony_usage; ++usage) {
+        for (const ReadKey& read : keys_of_press(headset, usage)) {
+            keys.insert(read.key);
+        }
+    }
+    return keys;
+}
+
+void send(const FreshDriver& driver, const Bytes& report) {
+    if (!report.empty()) {
+        hid_write_report(driver.handle.get(), report);
+    }
+}
+
+bool lights(const PluggedModel& headset, const SupportedIndicator& indicator) {
+    FreshDriver driver = headset.make_driver();
+    send(driver, driver.show(HEADSET_STATE_IDLE));
+    send(driver, driver.show(indicator.state));
+    send(driver, driver.show_mute(indicator.muted));
+    return bus().indicator(headset.headset, {led_page, indicator.usage}).value_or(false);
+}
+
+/// The cells of a headset, in the order of `supported_requests` and `supported_indicators`.
+Cells support_of(const HeadsetModel& model) {
+    const bool has_driver = create_driver(model.vendor_id, model.product_id) != nullptr;
+    const auto headset = has_driver ? plugged(model) : std::nullopt;
+    const std::set<std::int32_t> keys = headset ? keys_of(*headset) : std::set<std::int32_t>{};
+    Cells cells;
+    for (const SupportedRequest& request : supported_requests) {
+        cells.emplace_back(yes_or_no(
+            std::ranges::any_of(request.keys, [&](std::int32_t key) { return keys.contains(key); })));
+    }
+    for (const SupportedIndicator& indicator : supported_indicators) {
+        cells.emplace_back(yes_or_no(headset && lights(*headset, indicator)));
+    }
+    return cells;
+}
+
 /// The values of byte 1 by their keys, for one report id.
 using KeyValues = std::map<std::int32_t, Bytes>;
 
@@ -353,11 +433,8 @@ Cells follow_ups_of(const MakeDriver& make_driver) {
 std::map<std::int32_t, KeySource> key_sources() {
     std::map<std::int32_t, KeySource> sources;
     for_each_standard_model([&](const PluggedModel& headset) {
-        constexpr std::uint16_t last_usage = 0x15D;  // HID Usage Tables, section 14
-        for (std::uint16_t usage = 1; usage <= last_usage; ++usage) {
-            for (const ReadKey& read : keys_of_press(headset, usage)) {
-                sources[read.key].is_standard = true;
-            }
+        for (const std::int32_t key : keys_of(headset)) {
+            sources[key].is_standard = true;
         }
     });
     for (const Family& family : families) {
@@ -438,6 +515,27 @@ void print_standard_keys() {
         }
         table.add(row);
     });
+    table.print();
+}
+
+void print_support() {
+    Cells header = {"Headsets"};
+    for (const SupportedRequest& request : supported_requests) {
+        header.emplace_back(request.words);
+    }
+    for (const SupportedIndicator& indicator : supported_indicators) {
+        header.emplace_back(indicator.words);
+    }
+    std::map<Cells, Cells> headsets;  // those that are supported alike, by their cells
+    for (const HeadsetModel* model : platform::virtual_headsets::models()) {
+        headsets[support_of(*model)].push_back(model->product);
+    }
+    bus().reset();
+    MarkdownTable table("support", header);
+    for (auto& [cells, names] : headsets) {
+        std::ranges::sort(names);
+        table.add(with({joined(names, ", ")}, cells));
+    }
     table.print();
 }
 

@@ -23,6 +23,8 @@ void print_key_filter();
 void print_standard_reports();
 /// What the standard driver makes of the keys of these models.
 void print_standard_keys();
+/// What users can do at the models, and what these show them.
+void print_support();
 /// The reports of the dormant drivers.
 void print_dormant_reports();
 /// The reports with which the standard driver answers a change or a key.
