@@ -23,6 +23,7 @@ class Leaving : public RunningManagerTest {
         RunningManagerTest::SetUp();
         start();
         number_ = plug_and_wait(headset("SN-1"));
+        ASSERT_TRUE(logger_->wait_for(read_loop));
     }
     /// Pulls the headset out and waits until the host is being told, which takes until `told_` is opened.
     void pull_out() {
