@@ -9,6 +9,7 @@
 #include "devicemgr/device_mgr_events.h"
 #include "devicemgr/message_thread.h"
 #include "platform/platform.h"
+#include "platform/text.h"
 #include "platform/thread.h"
 
 namespace plugin_control {
@@ -28,9 +29,6 @@ bool contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
-/// Whether a headset without a name matches by name.
-enum class EmptyName { matches_none, matches_all };
-
 /// A headset belongs to an audio device when its serial occurs in the host's id or serial, or its name in the
 /// host's name. An empty text occurs in every one. One that is leaving belongs to none.
 bool matches(const std::string& key, const device& listed, const AudioDeviceKey& wanted,
@@ -43,6 +41,19 @@ bool matches(const std::string& key, const device& listed, const AudioDeviceKey&
     return contains(wanted.device_id, key) || (name_counts && contains(wanted.device_name, name)) ||
            contains(wanted.serial, listed.serial());
 }
+
+/// Does something when the scope is left, by whatever way.
+template <typename Action>
+class AtExit {
+  public:
+    explicit AtExit(Action action) : action_(std::move(action)) {}
+    ~AtExit() { action_(); }
+    AtExit(const AtExit&) = delete;
+    AtExit& operator=(const AtExit&) = delete;
+
+  private:
+    Action action_;
+};
 
 const char* text_or_empty(const char* text) {
     return text == nullptr ? "" : text;
@@ -99,6 +110,7 @@ void device_mgr::stop_tracking_thread() {
         for (const auto& [serial, listed] : devices_) {
             listed->stop_device_thread();
         }
+        end_pass_waits();
         retry_thread = std::move(first_tracking_thread_);
     }
     end_retry_thread(std::move(retry_thread));
@@ -140,6 +152,7 @@ void device_mgr::enumerate_hid_device() {
     enumeration_enabled_ = true;
     plugin_log("3rdPartyHeadsetPlugin: %s: lock device_mgr_mutex_ first \n", function);
     RecursiveMutexLock lock(device_mgr_mutex_);
+    const AtExit pass_end([this] { end_pass_waits(); });
     plugin_log("3rdPartyHeadsetPlugin: %s: start hid_enumerate() \n", function);
     const auto list = headset_plugin::hid_list(0, 0);
     plugin_log("3rdPartyHeadsetPlugin: %s: complete hid_enumerate() \n", function);
@@ -150,6 +163,15 @@ void device_mgr::enumerate_hid_device() {
     if (connected_count_ == 0) {
         plugin_log("3rdPartyHeadsetPlugin: %s, not found any headsets \n", function);
     }
+}
+
+void device_mgr::end_pass_waits() {
+    for (const auto& wait : pass_waits_) {
+        if (const auto waiting = wait.lock()) {
+            waiting->wake();
+        }
+    }
+    pass_waits_.clear();
 }
 
 void device_mgr::enumerate_entry(const hid_device_info& entry) {
@@ -210,11 +232,29 @@ void device_mgr::open_device(const hid_device_info& entry, const std::shared_ptr
     }
     if (auto handle = headset_plugin::hid_open_handle(entry.path)) {
         listed->set_device_handles(std::move(handle), nullptr);
+        show_calls_if_active(listed);
         return;
     }
+    const std::string reason = platform::to_utf8(headset_plugin::hid_last_error(nullptr));
     plugin_log("3rdPartyHeadsetPlugin: %s: failed open 3rd device telephony page, remove it and skip %s. \n",
                function, no_path);
+    plugin_log(
+        "3rdPartyHeadsetPlugin: %s: cannot open %s, sn = %s: %s. If this user has no permission, install the udev rules; \"headset doctor\" tells how. \n",
+        function, entry.path, listed->serial().c_str(), reason.c_str());
+    if (active_device_.get() == listed) {
+        refused_device_.set(listed);
+    }
     remove_device(listed);
+}
+
+void device_mgr::show_calls_if_active(const std::shared_ptr<device>& opened) {
+    // The host was not told that its headset left the list, and counts on it.
+    if (const auto refused = refused_device_.get(); refused && refused->serial() == opened->serial()) {
+        select(opened, refused->host_device_id());
+    }
+    if (active_device_.get() == opened) {
+        post_task({"plugin_control::device_mgr::enumerate_hid_device", headset_plugin::onActiveDeviceOpened});
+    }
 }
 
 void device_mgr::add_device(const std::shared_ptr<device>& added) {
@@ -337,6 +377,37 @@ bool device_mgr::setAudioDevice(const char* device_id, const char* device_name, 
         plugin_log("3rdPartyHeadsetPlugin: %s: empty device_id.\n", function);
         return false;
     }
+    const std::uint32_t request = ++requests_;
+    if (open_match(wanted, EmptyName::matches_none)) {
+        return choose(wanted);
+    }
+    // The pass may be waiting for the caller: in the availability hook, for a lock of the host's.
+    post_task({function, [this, wanted, request] {
+                   RecursiveMutexLock lock(device_mgr_mutex_);
+                   if (request == requests_) {
+                       choose(wanted);
+                   }
+               }});
+    return true;
+}
+
+bool device_mgr::open_match(const AudioDeviceKey& wanted, EmptyName empty_name) {
+    const bool is_in_pass = device_mgr_mutex_.held_by_this_thread();
+    const std::shared_ptr<platform::Sleeper> wait = platform::current().clock().make_sleeper();
+    {
+        RecursiveMutexLock lock(device_mgr_mutex_);
+        const auto matched = find_match(wanted, empty_name);
+        if (!matched || matched->is_open()) {
+            return true;
+        }
+        pass_waits_.push_back(wait);
+    }
+    const bool is_pass_to_come = request_enumeration();
+    return is_in_pass || !is_pass_to_come || !wait->sleep(open_wait);
+}
+
+bool device_mgr::choose(const AudioDeviceKey& wanted) {
+    static constexpr const char* function = "plugin_control::device_mgr::setAudioDevice";
     std::shared_ptr<device> found;
     {
         RecursiveMutexLock lock(device_mgr_mutex_);
@@ -395,6 +466,15 @@ bool device_mgr::answered_by_retry_thread(const AudioDeviceKey& wanted) {
     return false;
 }
 
+std::shared_ptr<device> device_mgr::find_match(const AudioDeviceKey& wanted, EmptyName empty_name) {
+    for (const auto& [key, listed] : devices_) {
+        if (matches(key, *listed, wanted, empty_name)) {
+            return listed;
+        }
+    }
+    return nullptr;
+}
+
 std::shared_ptr<device> device_mgr::search_and_select(const AudioDeviceKey& wanted) {
     for (const auto& [key, listed] : devices_) {
         plugin_log(
@@ -403,16 +483,16 @@ std::shared_ptr<device> device_mgr::search_and_select(const AudioDeviceKey& want
             wanted.device_name.c_str(), listed->device_name().c_str(), wanted.serial.c_str(),
             listed->serial().c_str());
         if (matches(key, *listed, wanted, EmptyName::matches_none)) {
-            select(listed, wanted);
+            select(listed, wanted.device_id);
             return listed;
         }
     }
     return nullptr;
 }
 
-void device_mgr::select(const std::shared_ptr<device>& matched, const AudioDeviceKey& wanted) {
+void device_mgr::select(const std::shared_ptr<device>& matched, const std::string& host_device_id) {
     deselect_device();
-    matched->set_host_device_id(wanted.device_id);
+    matched->set_host_device_id(host_device_id);
     active_device_.set(matched);
     matched->set_selected(true);
 }
@@ -431,6 +511,7 @@ void device_mgr::setFirstAudioDevice(const AudioDeviceKey& wanted) try {
             plugin_log("3rdPartyHeadsetPlugin: %s: already matched, return.\n", function);
             break;
         }
+        open_match(wanted, EmptyName::matches_all);
         RecursiveMutexLock lock(device_mgr_mutex_);
         // Another request may have taken over while this thread waited for the lock.
         if (!first_match_ && retry_match(wanted)) {
@@ -452,19 +533,19 @@ void device_mgr::setFirstAudioDevice(const AudioDeviceKey& wanted) try {
 }
 
 bool device_mgr::retry_match(const AudioDeviceKey& wanted) {
-    for (const auto& [key, listed] : devices_) {
-        if (matches(key, *listed, wanted, EmptyName::matches_all)) {
-            select(listed, wanted);
-            plugin_log("3rdPartyHeadsetPlugin: %s: just matched, go post headsetReady and inventory.\n",
-                       "plugin_control::device_mgr::setFirstAudioDevice");
-            listed->post_inventory();
-            return true;
-        }
+    const auto matched = find_match(wanted, EmptyName::matches_all);
+    if (!matched) {
+        return false;
     }
-    return false;
+    select(matched, wanted.device_id);
+    plugin_log("3rdPartyHeadsetPlugin: %s: just matched, go post headsetReady and inventory.\n",
+               "plugin_control::device_mgr::setFirstAudioDevice");
+    matched->post_inventory();
+    return true;
 }
 
 void device_mgr::deselect_device() {
+    refused_device_.set(nullptr);
     const auto deselected = active_device_.get();
     if (!deselected) {
         return;

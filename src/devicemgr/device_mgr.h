@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "base/worker.h"
 #include "device/device.h"
@@ -24,6 +25,10 @@ using headset_plugin::device;
 inline constexpr int match_attempts = 30;
 inline constexpr std::chrono::milliseconds match_interval{100};
 
+/// A request for a headset that is not open waits so long, at most, for the pass that may open it: as long as
+/// one report to a headset that does not take it.
+inline constexpr std::chrono::milliseconds open_wait = headset_plugin::hid_write_timeout;
+
 /// What the host says about the audio device that it uses.
 struct AudioDeviceKey {
     std::string device_id;
@@ -31,6 +36,9 @@ struct AudioDeviceKey {
     std::string serial;
     bool operator==(const AudioDeviceKey&) const = default;
 };
+
+/// Whether a headset without a name matches by name.
+enum class EmptyName { matches_none, matches_all };
 
 /// There is one per process; the functions of device_mgr_api.h own it.
 ///
@@ -76,7 +84,9 @@ class device_mgr : public std::enable_shared_from_this<device_mgr> {
 
     // The active headset.
 
-    /// Makes the headset of this audio device the active one. True when there is one now. [host thread]
+    /// Makes the headset of this audio device the active one. True when there is one now. For a headset that is
+    /// not open a pass tries to open it first; when that takes longer than `open_wait`, the headset becomes the
+    /// active one after the pass. [host thread]
     bool setAudioDevice(const char* device_id, const char* device_name, const char* serial);
     /// Repeats the search for a first request that found nothing. [retry thread]
     void setFirstAudioDevice(const AudioDeviceKey& wanted);
@@ -97,12 +107,17 @@ class device_mgr : public std::enable_shared_from_this<device_mgr> {
     void enumerate_entry(const hid_device_info& entry);
     std::shared_ptr<device> list_device(const hid_device_info& entry, const AdmittedInterface& admitted);
     void open_device(const hid_device_info& entry, const std::shared_ptr<device>& listed);
+    void show_calls_if_active(const std::shared_ptr<device>& opened);
+    void end_pass_waits();
     void remove_closed_device(const std::string& serial);
 
     void start_retry_thread(const AudioDeviceKey& wanted);
     bool answered_by_retry_thread(const AudioDeviceKey& wanted);
+    bool open_match(const AudioDeviceKey& wanted, EmptyName empty_name);
+    bool choose(const AudioDeviceKey& wanted);
+    std::shared_ptr<device> find_match(const AudioDeviceKey& wanted, EmptyName empty_name);
     std::shared_ptr<device> search_and_select(const AudioDeviceKey& wanted);
-    void select(const std::shared_ptr<device>& matched, const AudioDeviceKey& wanted);
+    void select(const std::shared_ptr<device>& matched, const std::string& host_device_id);
     bool retry_match(const AudioDeviceKey& wanted);
     void end_retry_thread(std::thread retry_thread);
 
@@ -110,11 +125,16 @@ class device_mgr : public std::enable_shared_from_this<device_mgr> {
     std::uint32_t next_device_index_ = 0;
     std::map<std::string, std::shared_ptr<device>> devices_;
     platform::Guarded<std::shared_ptr<device>> active_device_;
+    /// The active headset that a pass took off the list because it could not be opened, until another one is
+    /// chosen.
+    platform::Guarded<std::shared_ptr<device>> refused_device_;
     std::atomic<bool> enumeration_enabled_{false};
     platform::RecursiveMutex device_mgr_mutex_;
     platform::Mutex active_output_mutex_;  // so that nothing is shown on a headset after it was deselected
     headset_plugin::Worker worker_;
     const std::unique_ptr<platform::Sleeper> match_wait_;
+    std::vector<std::weak_ptr<platform::Sleeper>> pass_waits_;  // ended by the end of the next pass
+    std::atomic<std::uint32_t> requests_{0};                    // of setAudioDevice so far
     std::atomic<bool> first_match_{false};
     AudioDeviceKey active_device_cache_;
     std::thread first_tracking_thread_;

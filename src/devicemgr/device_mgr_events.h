@@ -11,4 +11,8 @@ void onDeviceRemoved(const std::string& host_device_id, int vendor_id, int produ
                      const std::string& vendor_name, const std::string& device_name,
                      const std::string& serial);
 
+/// The active headset was opened only now: it has to be shown the calls. Called without a lock held. [worker
+/// thread]
+void onActiveDeviceOpened();
+
 }  // namespace headset_plugin

@@ -190,13 +190,13 @@ void end_message_thread(platform::WindowHandle window) {
         [&] { windows.UnregisterClassW(message_window_class, g_module_instance); });
 }
 
-void request_enumeration() {
+bool request_enumeration() {
     static const platform::DeviceInterfaceBroadcast arrival = hid_interface_filter();
-    if (const auto window = g_message_window.load()) {
-        platform::current().windows().PostMessageW(window, platform::WM_DEVICECHANGE,
-                                                   platform::DBT_DEVICEARRIVAL,
-                                                   reinterpret_cast<platform::LParam>(&arrival));
-    }
+    const auto window = g_message_window.load();
+    return window != nullptr &&
+           platform::current().windows().PostMessageW(window, platform::WM_DEVICECHANGE,
+                                                      platform::DBT_DEVICEARRIVAL,
+                                                      reinterpret_cast<platform::LParam>(&arrival));
 }
 
 platform::WindowHandle message_window() {

@@ -22,8 +22,8 @@ platform::WindowHandle settled_message_window();
 /// it.
 void end_message_thread(platform::WindowHandle window);
 
-/// Has another pass run soon.
-void request_enumeration();
+/// Has another pass run soon. False when there is no message thread that would run it. Does not wait.
+bool request_enumeration();
 
 /// The message-only window, null when there is none.
 platform::WindowHandle message_window();

@@ -64,6 +64,13 @@ void headset_plugin::onDeviceRemoved(const std::string& host_device_id, int vend
     }
 }
 
+void headset_plugin::onActiveDeviceOpened() {
+    plugin_log("3rdPartyHeadsetPlugin: %s:\n", "headset_plugin::onActiveDeviceOpened");
+    if (const auto manager = plugin_control::plugin_manager()) {
+        manager->initHeadset();
+    }
+}
+
 void headset_plugin::updateHeadsetState() {
     plugin_log("3rdPartyHeadsetPlugin: %s:\n", "headset_plugin::updateHeadsetState");
     const auto manager = plugin_control::plugin_manager();

@@ -88,7 +88,7 @@ class PluginManager final : public IPluginCallControlCallback, public IPluginCon
     /// Turns a key into a request and hands it to the host's listener. The serial is not used. [read thread]
     void handleKeyEvent(std::int16_t keycode, const std::string& device_serial);
 
-    /// Brings a headset that became ready to the state of the calls. [worker thread]
+    /// Brings a headset that became ready, or was opened, to the state of the calls. [worker thread]
     void initHeadset();
 
     /// Logs the LED state. Sends nothing, whatever its name says.

@@ -14,6 +14,13 @@ const std::string not_found_line =
 const std::string failed_open_line =
     manager_line("enumerate_hid_device", "failed open 3rd device telephony page, remove it and skip . ");
 
+std::string refused_line(const std::string& path, const std::string& serial, const std::string& reason) {
+    return manager_line("enumerate_hid_device",
+                        "cannot open " + path + ", sn = " + serial + ": CreateFile: " + reason +
+                            ". If this user has no permission, install the udev rules; \"headset doctor\" "
+                            "tells how. ");
+}
+
 class Enumeration : public ManagerTest {
   protected:
     std::size_t created(const std::string& serial) {
@@ -134,12 +141,16 @@ TEST_F(Enumeration, an_interface_without_a_product_name_lists_an_unknown_headset
 TEST_F(Enumeration, a_headset_that_cannot_be_opened_is_created_and_removed_again) {
     for (const Fault fault : {Fault::open_refused, Fault::unplug_in_open}) {
         const int number = plug(headset("SN-1", "Test Headset", {telephony}));
+        const std::string path = bus().enumerate(jabra, product).front().path;
         ASSERT_EQ(bus().misbehave(number, fault), "");
         logger_->clear();
         pass();
+        const std::string reason =
+            fault == Fault::open_refused ? "Access is denied." : "The device is not connected.";
         EXPECT_EQ(log(), pass_start_lines() +
                              (Lines{plugged_in_line(telephony), supported_line("Test Headset")}) +
-                             creation_lines("SN-1", "Test Headset", 1) + Lines{failed_open_line} +
+                             creation_lines("SN-1", "Test Headset", 1) +
+                             (Lines{failed_open_line, refused_line(path, "SN-1", reason)}) +
                              manager_lines("remove_device", {"enter", "remove inactive device, sn SN-1",
                                                              "now connected orvex headset count: 0. "}) +
                              Lines{not_found_line});

@@ -65,6 +65,7 @@ TEST_F(DeviceEvents, without_a_manager_nothing_is_told) {
     report_ready();
     report_removed();
     headset_plugin::updateHeadsetState();
+    headset_plugin::onActiveDeviceOpened();
     EXPECT_EQ(listener_->calls(), Lines());
     start();
     EXPECT_EQ(logger_->lines_with("initHeadset"), Lines());
@@ -113,6 +114,23 @@ TEST_F(DeviceEvents, a_headset_that_becomes_ready_while_a_call_rings_shows_it_ev
     driver_->take_shown();
     let_ready();
     EXPECT_EQ(driver_->take_shown(), Lines{"state 1"});
+}
+
+TEST_F(DeviceEvents, the_active_headset_shows_the_calls_that_there_are_when_it_is_opened_at_last) {
+    const int headset = plug_active();
+    let_ready();
+    for (const CallsAndState& row : calls_and_states) {
+        control_->callStateSync("", row.calls, 0);
+        driver_->take_shown();
+        listener_->clear();
+        logger_->clear();
+        headset_plugin::onActiveDeviceOpened();
+        EXPECT_EQ(driver_->take_shown(), row.shown) << row.name;
+        EXPECT_EQ(listener_->calls(), Lines()) << "no second notice";
+        EXPECT_TRUE(in_order(logger_->lines(),
+                             {bare_line("headset_plugin::onActiveDeviceOpened"), init_line}));
+    }
+    EXPECT_TRUE(choose(headset));
 }
 
 TEST_F(DeviceEvents, the_first_ready_headset_has_every_later_sync_shown_even_once_it_is_gone) {

@@ -29,6 +29,10 @@ void headset_plugin::onDeviceRemoved(const std::string& host_device_id, int vend
     record("onDeviceRemoved", host_device_id, vendor_id, product_id, vendor_name, device_name, serial);
 }
 
+void headset_plugin::onActiveDeviceOpened() {
+    g_calls.add("onActiveDeviceOpened()");
+}
+
 void headset_plugin::updateHeadsetState() {
     g_calls.add("updateHeadsetState()");
 }

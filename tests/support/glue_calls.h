@@ -7,8 +7,8 @@
 
 namespace test_support {
 
-/// "on_headset_ready(host id, vendor id, product id, vendor, name, serial)", "onDeviceRemoved(...)" and
-/// "updateHeadsetState()", in order; ids in decimal.
+/// "on_headset_ready(host id, vendor id, product id, vendor, name, serial)", "onDeviceRemoved(...)",
+/// "onActiveDeviceOpened()" and "updateHeadsetState()", in order; ids in decimal.
 std::vector<std::string> glue_calls();
 /// Waits for a call; false when `patience` is over.
 bool wait_for_glue_call(const std::string& call);
