@@ -2,6 +2,7 @@
 
 #include "tests/kernel/headset_tool.h"
 #include "tests/kernel/running_program.h"
+#include "tests/kernel/udev_rules.h"
 
 namespace {
 
@@ -46,6 +47,29 @@ void expect_none(RunningProgram& phone, const std::string& reason) {
             "no headset is found; \"headset doctor\" tells what to do. The reason: " + reason + "\n"))
             << command;
     }
+}
+
+TEST_F(RealSoftphone, has_no_permission_without_rules_and_shows_the_call_as_soon_as_they_are_applied) {
+    const int headset = plug_headset("poly-blackwire-3220", "SERIAL");
+    plug_headset("razer-blackshark-v2", "OTHER");  // whose change comes first or last, and is none of this one's
+    settled_node_of(headset);
+    RunningProgram phone("/bin/su", {"user", "-s", "/bin/sh", "-c", ORVEX_SOFTPHONE " --real"});
+    phone.type("device");
+    phone.type("device plantronics-blackwire-3220-series");
+    EXPECT_TRUE(phone.says("no permission  onActiveDeviceNotify("));
+    phone.type("connect 42");
+    phone.type("headsets");
+    EXPECT_TRUE(phone.says("serial \"SERIAL\", no permission"));
+    EXPECT_EQ(orvex_virtual_indicator(headset, led_page, off_hook_led), 0);
+
+    const UdevRulesFile rules("/etc/udev/rules.d/70-orvex-headset.rules",
+                              "SUBSYSTEM==\"hidraw\", KERNELS==\"0003:047F:*\", MODE=\"0666\"\n");
+    EXPECT_EQ(run_shell("udevadm trigger --subsystem-match=hidraw --action=change").status, 0);
+    EXPECT_EQ(orvex_virtual_wait_indicator(headset, led_page, off_hook_led, 1, patience_ms), 1);
+    phone.type("headsets");
+    EXPECT_TRUE(phone.says("serial \"SERIAL\", ready"));
+    phone.type("quit");
+    EXPECT_EQ(phone.wait_for_end(), 0);
 }
 
 TEST_F(RealSoftphone, says_why_there_is_no_headset) {

@@ -141,6 +141,22 @@ void HeadsetList::set_ready(const Headset* ready) {
         headset.ready = &headset == ready;
 }
 
+void HeadsetList::take_log_line(const std::string& line) {
+    // Reasons of Linux and of Windows.
+    static constexpr std::string_view reasons[] = {"Permission denied", "Access is denied"};
+    const auto says = [&](std::string_view text) { return line.find(text) != line.npos; };
+    if (says("enumerate_hid_device: complete hid_enumerate()"))
+        refusals_.clear();
+    else if (says("enumerate_hid_device: cannot open ") && std::ranges::any_of(reasons, says))
+        refusals_.push_back(line);
+}
+
+bool HeadsetList::has_permission(std::string_view serial) const {
+    const std::string mention = ", sn = " + std::string(serial) + ": ";
+    return std::ranges::none_of(refusals_,
+                                [&](const std::string& line) { return line.find(mention) != line.npos; });
+}
+
 Words HeadsetList::names() const {
     Words names;
     std::ranges::transform(headsets_, std::back_inserter(names), &Headset::name);

@@ -69,11 +69,18 @@ class HeadsetList {
     /// This headset is ready from now on, and no other; null for none at all.
     void set_ready(const Headset* ready);
 
+    /// Takes in a line of the plug-in's log, the only place where it says what it may not open: each look
+    /// through the interfaces says it anew.
+    void take_log_line(const std::string& line);
+    /// False while the plug-in has no permission to open the headset, which stays dark then, ready or not.
+    bool has_permission(std::string_view serial) const;
+
     const std::deque<Headset>& all() const { return headsets_; }
     Words names() const;
 
   private:
     std::deque<Headset> headsets_;
+    Words refusals_;  ///< the lines that say so
 };
 
 }  // namespace softphone

@@ -110,10 +110,16 @@ struct ToJson {
     }
     Json operator()(const HeadsetListed& event) const {
         const Headset& headset = event.headset;
-        return {{"event", "headset"},       {"headset", headset.name},
-                {"number", headset.number}, {"product", headset.product},
-                {"serial", headset.serial}, {"plugged", headset.plugged},
-                {"ready", headset.ready},   {"lit", lit_list(headset.indicators)}};
+        const bool has_permission = headsets.has_permission(headset.serial);
+        return {{"event", "headset"},
+                {"headset", headset.name},
+                {"number", headset.number},
+                {"product", headset.product},
+                {"serial", headset.serial},
+                {"plugged", headset.plugged},
+                {"permission", has_permission},
+                {"ready", headset.ready && has_permission},
+                {"lit", lit_list(headset.indicators)}};
     }
     Json operator()(const DeviceListed& event) const {
         return {{"event", "device"},

@@ -19,6 +19,7 @@ constexpr Kind call{"call", "", Colour::blue};
 constexpr Kind attached{"attached", "", Colour::dim};
 constexpr Kind action{"action", "plug-in > host", Colour::magenta};
 constexpr Kind ready{"ready", "plug-in > host", Colour::green};
+constexpr Kind refused{"no permission", "plug-in > host", Colour::red};
 constexpr Kind removed{"removed", "plug-in > host", Colour::yellow};
 constexpr Kind plugged{"plugged", "headset", Colour::green};
 constexpr Kind unplugged{"unplugged", "headset", Colour::yellow};
@@ -65,13 +66,16 @@ std::string notice_text(const char* function, const DeviceNotice& notice) {
            ", " + quoted(notice.serial) + ")";
 }
 
-std::string headset_text(const Headset& headset) {
+std::string headset_text(const Headset& headset, bool has_permission) {
     std::string text = headset.name;
     if (headset.number != 0)
         text += " (" + std::to_string(headset.number) + ")";
     text += ": " + headset.product + ", serial " + quoted(headset.serial);
     text += headset.plugged ? "" : ", not plugged";
-    text += headset.ready ? ", ready" : "";
+    if (!has_permission)
+        text += ", no permission";
+    else if (headset.ready)
+        text += ", ready";
     return headset.number == 0 ? text : text + ", " + lit_names(headset.indicators);
 }
 
@@ -99,7 +103,8 @@ struct Describer {
         return Line{action, call_text({"onConfigKey", {event.pressed}})};
     }
     std::optional<Line> operator()(const HeadsetReady& event) const {
-        return Line{ready, notice_text("onActiveDeviceNotify", event.notice)};
+        return Line{headsets.has_permission(event.notice.serial) ? ready : refused,
+                    notice_text("onActiveDeviceNotify", event.notice)};
     }
     std::optional<Line> operator()(const HeadsetRemoved& event) const {
         return Line{removed, notice_text("onDeviceRemovedNotify", event.notice)};
@@ -137,7 +142,8 @@ struct Describer {
         return Line{listed_call, to_string(event.call)};
     }
     std::optional<Line> operator()(const HeadsetListed& event) const {
-        return Line{listed_headset, headset_text(event.headset)};
+        return Line{listed_headset,
+                    headset_text(event.headset, headsets.has_permission(event.headset.serial))};
     }
     std::optional<Line> operator()(const DeviceListed& event) const {
         return Line{listed_device, event.headset + ": " + quoted(event.id) + ", " + quoted(event.name) +

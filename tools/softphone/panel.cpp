@@ -98,10 +98,12 @@ void add_call(PanelLine& line, const Call& call) {
         line.add("  muted", Colour::red);
 }
 
-void add_headset(PanelLine& line, const Headset& headset) {
-    line.add(headset.ready ? "* " : "  ", Colour::green).add(headset.name, Colour::bold);
+void add_headset(PanelLine& line, const Headset& headset, bool has_permission) {
+    line.add(headset.ready && has_permission ? "* " : "  ", Colour::green).add(headset.name, Colour::bold);
     if (!headset.plugged)
         line.add("  not plugged", Colour::dim);
+    if (!has_permission)
+        line.add("  no permission", Colour::red);
     for (const auto& indicator : headset.indicators) {
         const std::string name = usage_name(indicator_names(), indicator.usage);
         line.add("  ");
@@ -135,7 +137,9 @@ std::vector<std::string> render_panel(const State& state, std::string_view title
     PanelWriter panel(size, style);
     panel.put(panel.full_line().add(" softphone  ", Colour::bold).add(title, Colour::dim));
     panel.group("Calls", state.calls.all(), call_rows, add_call);
-    panel.group("Headsets", state.headsets.all(), headset_rows, add_headset);
+    panel.group("Headsets", state.headsets.all(), headset_rows, [&](PanelLine& line, const Headset& headset) {
+        add_headset(line, headset, state.headsets.has_permission(headset.serial));
+    });
     panel.put(panel.line("Keys").add(newest_first(state.recent_keys)));
     panel.put(panel.line("Requests").add(newest_first(state.recent_actions), Colour::magenta));
     const auto log = state.log.tail(static_cast<std::size_t>(log_rows));

@@ -21,7 +21,10 @@ struct Applier {
     template <class Other>
     void operator()(const Other& /*event*/) const {}
 
-    void operator()(const LogLine& event) const { state.log.add(event.text); }
+    void operator()(const LogLine& event) const {
+        state.log.add(event.text);
+        state.headsets.take_log_line(event.text);
+    }
 
     void operator()(const ActionRequested& event) const {
         state.unclaimed.actions.push_back(event);
