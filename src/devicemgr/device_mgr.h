@@ -84,9 +84,9 @@ class device_mgr : public std::enable_shared_from_this<device_mgr> {
 
     // The active headset.
 
-    /// Makes the headset of this audio device the active one. True when there is one now. For a headset that is
-    /// not open a pass tries to open it first; when that takes longer than `open_wait`, the headset becomes the
-    /// active one after the pass. [host thread]
+    /// Makes the headset of this audio device the active one. True when there is one now. For a headset that
+    /// is not open a pass tries to open it first; when that takes longer than `open_wait`, the headset
+    /// becomes the active one after the pass. [host thread]
     bool setAudioDevice(const char* device_id, const char* device_name, const char* serial);
     /// Repeats the search for a first request that found nothing. [retry thread]
     void setFirstAudioDevice(const AudioDeviceKey& wanted);

@@ -193,10 +193,9 @@ void end_message_thread(platform::WindowHandle window) {
 bool request_enumeration() {
     static const platform::DeviceInterfaceBroadcast arrival = hid_interface_filter();
     const auto window = g_message_window.load();
-    return window != nullptr &&
-           platform::current().windows().PostMessageW(window, platform::WM_DEVICECHANGE,
-                                                      platform::DBT_DEVICEARRIVAL,
-                                                      reinterpret_cast<platform::LParam>(&arrival));
+    return window != nullptr && platform::current().windows().PostMessageW(
+                                    window, platform::WM_DEVICECHANGE, platform::DBT_DEVICEARRIVAL,
+                                    reinterpret_cast<platform::LParam>(&arrival));
 }
 
 platform::WindowHandle message_window() {

@@ -89,10 +89,10 @@ TEST_F(Leaving, the_retry_thread_does_not_choose_it_and_finds_it_when_it_is_back
     platform().virtual_clock().stop();
     pull_out();
     EXPECT_FALSE(request());  // the first one ever, which the retry thread takes over
-    const std::string not_yet = manager_line(
-        "setFirstAudioDevice",
-        "not yet matched: active_device_id_cache_:[host-SN-1], active_device_name_:[], "
-        "active_device_serial_:[].");
+    const std::string not_yet =
+        manager_line("setFirstAudioDevice",
+                     "not yet matched: active_device_id_cache_:[host-SN-1], active_device_name_:[], "
+                     "active_device_serial_:[].");
     ASSERT_TRUE(platform().virtual_clock().wait_for_sleepers(1, test_support::patience));
     platform().virtual_clock().advance(plugin_control::match_interval);
     ASSERT_TRUE(logger_->wait_for(not_yet));

@@ -1,5 +1,5 @@
-// Headsets that may not be opened: they are listed by their Consumer interface and chosen like others. A request
-// has them tried again, and they show the calls as soon as they are open.
+// Headsets that may not be opened: they are listed by their Consumer interface and chosen like others. A
+// request has them tried again, and they show the calls as soon as they are open.
 #include <algorithm>
 #include <atomic>
 #include <thread>

@@ -51,7 +51,8 @@ void expect_none(RunningProgram& phone, const std::string& reason) {
 
 TEST_F(RealSoftphone, has_no_permission_without_rules_and_shows_the_call_as_soon_as_they_are_applied) {
     const int headset = plug_headset("poly-blackwire-3220", "SERIAL");
-    plug_headset("razer-blackshark-v2", "OTHER");  // whose change comes first or last, and is none of this one's
+    plug_headset("razer-blackshark-v2",
+                 "OTHER");  // whose change comes first or last, and is none of this one's
     settled_node_of(headset);
     RunningProgram phone("/bin/su", {"user", "-s", "/bin/sh", "-c", ORVEX_SOFTPHONE " --real"});
     phone.type("device");

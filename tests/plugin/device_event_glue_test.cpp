@@ -127,8 +127,8 @@ TEST_F(DeviceEvents, the_active_headset_shows_the_calls_that_there_are_when_it_i
         headset_plugin::onActiveDeviceOpened();
         EXPECT_EQ(driver_->take_shown(), row.shown) << row.name;
         EXPECT_EQ(listener_->calls(), Lines()) << "no second notice";
-        EXPECT_TRUE(in_order(logger_->lines(),
-                             {bare_line("headset_plugin::onActiveDeviceOpened"), init_line}));
+        EXPECT_TRUE(
+            in_order(logger_->lines(), {bare_line("headset_plugin::onActiveDeviceOpened"), init_line}));
     }
     EXPECT_TRUE(choose(headset));
 }

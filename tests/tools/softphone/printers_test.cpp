@@ -66,7 +66,8 @@ TEST_F(PrinterTest, a_notice_names_the_headset_that_it_is_about) {
     headsets.take_log_line("enumerate_hid_device: cannot open \\\\?\\hid, sn = A1: Access is denied.");
     EXPECT_EQ(
         plain(ready),
-        Lines{"no permission  onActiveDeviceNotify(\"usb-A1\", 0x0B0E, 0x24C9, \"Jabra\", \"Link\", \"A1\")"});
+        Lines{
+            "no permission  onActiveDeviceNotify(\"usb-A1\", 0x0B0E, 0x24C9, \"Jabra\", \"Link\", \"A1\")"});
 }
 
 TEST_F(PrinterTest, a_failure_says_where_what_was_wanted_and_what_was_found) {

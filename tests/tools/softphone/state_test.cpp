@@ -54,7 +54,8 @@ TEST_F(StateTest, ready_and_removed_belong_to_the_serial) {
 
 TEST_F(StateTest, a_headset_has_no_permission_from_the_line_that_says_so_to_the_next_look) {
     const std::string look = "3rdPartyHeadsetPlugin: plugin_control::device_mgr::enumerate_hid_device: ";
-    state.apply(LogLine{look + "cannot open /dev/hidraw3, sn = A1: CreateFile: /dev/hidraw3: Permission denied."});
+    state.apply(
+        LogLine{look + "cannot open /dev/hidraw3, sn = A1: CreateFile: /dev/hidraw3: Permission denied."});
     EXPECT_FALSE(state.headsets.has_permission("A1"));
     EXPECT_TRUE(state.headsets.has_permission("A"));
     EXPECT_TRUE(state.headsets.has_permission("A12"));
