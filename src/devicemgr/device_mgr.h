@@ -107,12 +107,14 @@ class device_mgr : public std::enable_shared_from_this<device_mgr> {
     void enumerate_entry(const hid_device_info& entry);
     std::shared_ptr<device> list_device(const hid_device_info& entry, const AdmittedInterface& admitted);
     void open_device(const hid_device_info& entry, const std::shared_ptr<device>& listed);
+    /// An opened headset takes the place that it had as the active one before it was refused.
     void show_calls_if_active(const std::shared_ptr<device>& opened);
     void end_pass_waits();
     void remove_closed_device(const std::string& serial);
 
     void start_retry_thread(const AudioDeviceKey& wanted);
     bool answered_by_retry_thread(const AudioDeviceKey& wanted);
+    /// Has a pass try the headset that matches, if it is not open. False when that pass did not end in time.
     bool open_match(const AudioDeviceKey& wanted, EmptyName empty_name);
     bool choose(const AudioDeviceKey& wanted);
     std::shared_ptr<device> find_match(const AudioDeviceKey& wanted, EmptyName empty_name);
