@@ -26,7 +26,7 @@ class headset_cc {
     std::uint32_t setMute(bool muted);
     bool isMuted() const { return muted_; }
 
-    /// Works the LED state out anew and logs it. In use wins over held; the mute bit stays, unless nothing is
+    /// Computes the LED state and logs it. In use wins over held. The mute bit stays, unless nothing is
     /// shown.
     std::int32_t getHeadsetLedState();
 

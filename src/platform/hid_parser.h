@@ -29,10 +29,10 @@ class HidParser {
     virtual ULONG HidP_MaxUsageListLength(HIDP_REPORT_TYPE type, USAGE page,
                                           PHIDP_PREPARSED_DATA data) const = 0;
 
-    /// Sets the buttons in `usages` in `report`. Entries of 0 are skipped. The list is applied whole or not
-    /// at all, but for one case: an array whose fields run out, HIDP_STATUS_BUFFER_TOO_SMALL, keeps the
-    /// usages that went in. On failure `*length` is the index of the usage that could not be set. A report
-    /// whose id byte is 0 takes the id of the first usage set; one with another id gives
+    /// Sets the buttons in `usages` in `report`. Entries of 0 are skipped. The list is applied
+    /// completely or not at all, with one exception: an array whose fields run out keeps the usages that went
+    /// in, with HIDP_STATUS_BUFFER_TOO_SMALL. On failure `*length` is the index of the usage that could not
+    /// be set. A report whose id byte is 0 takes the id of the first usage set; one with another id gives
     /// HIDP_STATUS_INCOMPATIBLE_REPORT_ID.
     virtual NTSTATUS HidP_SetUsages(HIDP_REPORT_TYPE type, USAGE page, USHORT link_collection, USAGE* usages,
                                     ULONG* length, PHIDP_PREPARSED_DATA data, UCHAR* report,

@@ -153,7 +153,7 @@ struct HIDP_DATA {
     USHORT DataIndex;
     USHORT Reserved;
     union {
-        ULONG RawValue;  ///< of a value, as it stands in the report
+        ULONG RawValue;  ///< of a value, unchanged from the report
         BOOLEAN On;      ///< of a button
     };
 };

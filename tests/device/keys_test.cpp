@@ -38,7 +38,7 @@ class DeviceKeys : public DeviceTest {
             made->headset_set_state(*last == HEADSET_KEY_HOOK ? HEADSET_STATE_ALERTING : HEADSET_STATE_INUSE);
             made->handle_key_report(key_report_type, static_cast<std::uint32_t>(*last));
         }
-        // Idle forgets the last key: a state that shows nothing, but is not 0, stands in for it.
+        // Idle forgets the last key: so a state that shows nothing, but is not 0, is used instead.
         constexpr std::uint32_t no_known_state = 0x80;
         made->headset_set_state(state == HEADSET_STATE_IDLE && last ? no_known_state : state);
         EXPECT_EQ(made->last_hook_key(), last.value_or(-1));

@@ -8,7 +8,7 @@ In the document, the diagram of STORIES/NAME.story stands between the lines
     <!-- diagram: NAME -->
     <!-- end of diagram -->
 
-The exit status is 1 when a diagram is stale: when the story takes another course now. --update draws it anew instead.
+The exit status is 1 when a diagram is stale: when the story runs differently now. --update draws it again instead.
 
 A diagram begins with the first `say` of its story, which says how things stand; what comes before leads there. It ends with
 the story's `quit`.
@@ -218,7 +218,7 @@ def find_places(document, stories):
 
 def update(path, old, new):
     path.write_text(new, encoding="utf-8")
-    print(f"{path}: {'drawn anew' if new != old else 'nothing to draw'}")
+    print(f"{path}: {'drawn again' if new != old else 'nothing to draw'}")
 
 
 def compare(path, old, new):
@@ -226,7 +226,7 @@ def compare(path, old, new):
         return
     lines = difflib.unified_diff(old.splitlines(), new.splitlines(), "as it stands", "as it happens", lineterm="")
     raise Failure(f"a diagram of {path} is stale:\n\n" + "\n".join(lines) +
-                  "\n\nWhere what happens is right, draw it anew: cmake --build ... --target draw_diagrams")
+                  "\n\nIf what happens is right, draw it again: cmake --build ... --target draw_diagrams")
 
 
 def main():

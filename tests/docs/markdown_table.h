@@ -26,7 +26,7 @@ class MarkdownTable {
     std::vector<Cells> rows_;  ///< the header first
 };
 
-/// Text that stands in the code.
+/// Text of the code, in Markdown.
 inline std::string code(const std::string& text) {
     return "`" + text + "`";
 }

@@ -9,8 +9,8 @@
 
 namespace test_support {
 
-/// Has udev's daemon read its rules. It is started anew, since it has been seen to apply the old ones to the
-/// next device after a reload that followed another one closely.
+/// Has udev's daemon read its rules. It is restarted, because after two reloads in quick succession it has
+/// been seen to apply the old rules to the next device.
 inline void restart_udev() {
     EXPECT_EQ(run_shell("udevadm settle && udevadm control --exit").status, 0);
     EXPECT_TRUE(eventually([] { return run_shell("pidof systemd-udevd").status != 0; }));

@@ -139,7 +139,7 @@ class PluginHost : public ::testing::Test {
         const std::size_t before = logger_->count(created);
         EXPECT_EQ(orvex_virtual_replug(headset), 0) << orvex_virtual_error();
         drain_passes();
-        EXPECT_EQ(logger_->count(created), before + 1) << "the headset is not listed anew";
+        EXPECT_EQ(logger_->count(created), before + 1) << "the headset is not listed again";
         let_read_threads_begin();
     }
 

@@ -18,7 +18,7 @@ struct LocalRange {
     std::uint32_t min = 0;
     std::uint32_t max = 0;
     bool is_range = false;
-    bool has_page = false;        ///< came in four bytes: the usage page stands in the upper half
+    bool has_page = false;        ///< came in four bytes: the upper half is the usage page
     bool is_alternative = false;  ///< for the entry before it, in one delimited set
 
     std::uint32_t count() const { return max - min + 1; }
@@ -72,7 +72,7 @@ class LocalItems {
     /// Throws Malformed when a main item comes while a range or a delimited set is incomplete.
     void check_complete() const;
 
-    /// Begins anew, behind a main item.
+    /// Forgets everything, after a main item.
     void clear();
 
     const std::vector<LocalRange>& usages() const { return usages_.entries(); }

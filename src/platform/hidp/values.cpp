@@ -128,8 +128,8 @@ ArrayField find_array(const ValueField& first, USHORT value_byte_length) {
     return {HIDP_STATUS_SUCCESS, capability.report_id, first.position, first.position + bits};
 }
 
-/// Calls `move` for every byte's worth of the array: where it stands in the report and in the caller's bytes,
-/// and how many bits it has.
+/// Calls `move` for every byte's worth of the array: its place in the report and in the caller's bytes,
+/// and its number of bits.
 template <typename Move>
 void for_each_byte(const ArrayField& array, Move move) {
     for (ULONG at = array.begin; at < array.end; at += bits_per_byte) {

@@ -18,7 +18,7 @@ class CollectionDescriptor {
     /// Throws std::runtime_error where the descriptor is refused or has no such collection.
     CollectionDescriptor(std::vector<std::uint8_t> descriptor, std::optional<std::size_t> collection);
 
-    /// Parsed anew: the caller owns it.
+    /// Parses it again. The caller owns the result.
     hidp::PreparsedData parse() const;
     bool has_report_ids() const { return hidp::has_report_ids(parsed_.get()); }
     const std::vector<std::uint8_t>& bytes() const { return descriptor_; }

@@ -1,4 +1,4 @@
-// Models of real headsets, from which virtual ones are made. Each stands in a file of its own.
+// Models of real headsets, from which virtual ones are created. Each model has its own file.
 #pragma once
 
 #include <cstdint>
