@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <sstream>
@@ -111,6 +112,22 @@ inline std::set<std::string> tags_of(const std::string& node) {
         tags.insert(tag);
     }
     return tags;
+}
+
+/// The nodes of a USB headset by its interfaces, when udev is done with them.
+inline std::map<int, std::string> wait_for_nodes(const SystemHidapi& hidapi, const std::wstring& serial,
+                                                 std::size_t count) {
+    std::map<int, std::string> nodes;
+    EXPECT_TRUE(eventually([&] {
+        for (const ListedDevice& listed : hidapi.list(serial)) {
+            nodes.emplace(listed.interface_number, listed.path);
+        }
+        return nodes.size() == count;
+    }));
+    for (const auto& [number, node] : nodes) {
+        wait_for_udev(node);
+    }
+    return nodes;
 }
 
 class HeadsetTool : public KernelHeadsets {

@@ -2,9 +2,9 @@
 
 #include <csignal>
 #include <filesystem>
-#include <grp.h>
 
 #include "tests/kernel/headset_tool.h"
+#include "tests/kernel/ordinary_user.h"
 #include "tests/kernel/plugin_on_kernel.h"
 #include "tests/kernel/running_program.h"
 #include "tests/kernel/udev_rules.h"
@@ -14,26 +14,10 @@ namespace {
 
 using namespace test_support;
 
-/// The nodes of a USB headset by its interfaces, when udev is done with them.
-std::map<int, std::string> wait_for_nodes(const SystemHidapi& hidapi, const std::wstring& serial,
-                                          std::size_t count) {
-    std::map<int, std::string> nodes;
-    EXPECT_TRUE(eventually([&] {
-        for (const ListedDevice& listed : hidapi.list(serial)) {
-            nodes.emplace(listed.interface_number, listed.path);
-        }
-        return nodes.size() == count;
-    }));
-    for (const auto& [number, node] : nodes) {
-        wait_for_udev(node);
-    }
-    return nodes;
-}
-
 class HeadsetToolOnUsb : public testing::Test {
   protected:
     std::map<int, std::string> wait_for_nodes(const std::wstring& serial, std::size_t count = 2) const {
-        return ::wait_for_nodes(hidapi_, serial, count);
+        return test_support::wait_for_nodes(hidapi_, serial, count);
     }
 
     /// Waits until the USB device of a node is a sound card as well.
@@ -116,23 +100,6 @@ TEST_F(HeadsetToolOnUsb, monitors_all_nodes_of_a_serial_number_until_it_is_unplu
 }
 
 // ---- for an ordinary user
-
-/// The test goes on as the ordinary user of the machine, for as long as this lives.
-class OrdinaryUser {
-  public:
-    OrdinaryUser() {
-        constexpr uid_t user = 1000;
-        EXPECT_EQ(setgroups(0, nullptr), 0);
-        EXPECT_EQ(setegid(user), 0);
-        EXPECT_EQ(seteuid(user), 0);
-    }
-    ~OrdinaryUser() {
-        EXPECT_EQ(seteuid(0), 0);
-        EXPECT_EQ(setegid(0), 0);
-    }
-    OrdinaryUser(const OrdinaryUser&) = delete;
-    OrdinaryUser& operator=(const OrdinaryUser&) = delete;
-};
 
 class UsbHeadsetOfOrdinaryUser : public PluginOnKernel {
   protected:

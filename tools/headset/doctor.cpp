@@ -14,7 +14,7 @@ namespace {
 Headset examine(System& system, const Node& node, const NodeState& state) {
     Headset headset{.node = node,
                     .state = state,
-                    .rules = find_rules(system, node.interfaces.front().vendor_id),
+                    .rules = find_rules(system, node.interfaces.front().vendor_id, state.has_sound),
                     .has_udev_daemon = system.udev_daemon_runs()};
     Descriptor descriptor = describe(system, node);
     descriptor.has_serial = true;  // the lack of one has a check of its own

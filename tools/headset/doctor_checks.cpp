@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <system_error>
 
-#include "device/vendor_names.h"
 #include "platform/text.h"
 #include "tools/headset/udev_rules.h"
 
@@ -14,14 +13,15 @@ namespace {
 using platform::HidInterfaceInfo;
 using plugin_control::AdmissionRule;
 
-bool is_vendor_known(std::int32_t vendor_id) {
-    return std::ranges::find(headset_plugin::vendor_names(), vendor_id,
-                             &headset_plugin::VendorName::vendor_id) != headset_plugin::vendor_names().end();
+/// Whether the file of rules that is installed lets people open a device.
+bool is_in_rules_file(std::int32_t vendor_id, bool has_sound) {
+    return has_rule_for(udev_rules(), vendor_id, has_sound);
 }
 
-/// The file in which the rule for a vendor is looked for: a vendor without a name has one of its own.
-std::string rules_file_for(std::int32_t vendor_id) {
-    return is_vendor_known(vendor_id)
+/// The file in which the rule for a device is looked for. One that the installed file leaves closed has a
+/// file of its vendor's own.
+std::string rules_file_for(std::int32_t vendor_id, bool has_sound) {
+    return is_in_rules_file(vendor_id, has_sound)
                ? rules_file_name
                : "70-orvex-headset-" + tools::to_hex16(static_cast<unsigned>(vendor_id)) + ".rules";
 }
@@ -88,10 +88,12 @@ std::string permission_problem(const Headset& headset) {
 
 std::string installation(const Headset& headset) {
     const auto vendor_id = headset.info().vendor_id;
+    const bool has_sound = headset.state.has_sound;
     const auto source =
-        is_vendor_known(vendor_id) ? "headset udev-rules" : "echo '" + udev_rule(vendor_id) + "'";
+        is_in_rules_file(vendor_id, has_sound) ? "headset udev-rules" : "echo '" + udev_rule(vendor_id) + "'";
     return "install the udev rules, and plug the headset in anew: " + source +
-           " | sudo tee /etc/udev/rules.d/" + rules_file_for(vendor_id) + " && sudo udevadm control --reload";
+           " | sudo tee /etc/udev/rules.d/" + rules_file_for(vendor_id, has_sound) +
+           " && sudo udevadm control --reload";
 }
 
 std::string rules_remedy(const Headset& headset) {
@@ -256,11 +258,9 @@ std::span<const Check<Headset>> headset_checks() {
     return headset_rows;
 }
 
-std::optional<RulesFile> find_rules(System& system, std::int32_t vendor_id) {
-    auto file = system.rules_file(rules_file_for(vendor_id));
-    const bool is_fitting =
-        file && ('\n' + file->content).find('\n' + udev_rule(vendor_id)) != std::string::npos;
-    return is_fitting ? file : std::nullopt;
+std::optional<RulesFile> find_rules(System& system, std::int32_t vendor_id, bool has_sound) {
+    auto file = system.rules_file(rules_file_for(vendor_id, has_sound));
+    return file && has_rule_for(file->content, vendor_id, has_sound) ? file : std::nullopt;
 }
 
 }  // namespace headset

@@ -45,8 +45,8 @@ struct Check {
 std::span<const Check<Machine>> machine_checks();
 std::span<const Check<Headset>> headset_checks();
 
-/// The file of udev rules that has one for a vendor, if it is there.
-std::optional<RulesFile> find_rules(System& system, std::int32_t vendor_id);
+/// The file of udev rules that lets people open a device, if it is there.
+std::optional<RulesFile> find_rules(System& system, std::int32_t vendor_id, bool has_sound);
 
 /// "one, two"
 template <class Items, class ToText>

@@ -143,8 +143,9 @@ constexpr CommandHelp monitor_help = {
 
 constexpr CommandHelp udev_rules_help = {
     "udev-rules", "print the udev rules that let people open their headsets",
-    "Prints a file of udev rules with a rule for each vendor that the plug-in knows. With it whoever sits at the\n"
-    "machine may open these headsets; without it only root may. The headset is to be plugged in anew then.\n"
+    "Prints a file of udev rules for devices that are sound cards as well, whoever made them, and for those of vendors\n"
+    "that make headsets and no keyboards. With it whoever sits at the machine may open them; without it only root may.\n"
+    "The headset is to be plugged in anew then.\n"
     "\n"
     "Example:\n"
     "  headset udev-rules | sudo tee /etc/udev/rules.d/70-orvex-headset.rules\n"

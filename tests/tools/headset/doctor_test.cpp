@@ -134,12 +134,22 @@ TEST_F(Doctor, no_permission_with_rules_of_other_vendors) {
     EXPECT_TRUE(contains(finding("permission").remedy, "install the udev rules"));
 }
 
-TEST_F(Doctor, no_permission_for_a_vendor_without_a_name) {
+TEST_F(Doctor, no_permission_for_a_device_that_the_rules_leave_closed) {
+    system_.rules = RulesFile{"/etc/x.rules", udev_rules(), boot};
     plug_refused(0x1532);
     const auto remedy = finding("permission").remedy;
     EXPECT_TRUE(contains(
         remedy, "echo '" + udev_rule(0x1532) + "' | sudo tee /etc/udev/rules.d/70-orvex-headset-1532.rules"))
         << remedy;
+}
+
+TEST_F(Doctor, no_permission_for_a_sound_card_without_rules_and_with_them) {
+    system_.plug({.vendor_id = 0x1532,
+                  .state = {.open_error = EACCES, .rules_ran = boot + hours{1}, .has_sound = true}});
+    EXPECT_TRUE(contains(finding("permission").remedy,
+                         "headset udev-rules | sudo tee /etc/udev/rules.d/70-orvex-headset.rules"));
+    system_.rules = RulesFile{"/etc/x.rules", udev_rules(), boot};
+    EXPECT_TRUE(contains(finding("permission").remedy, "log in at the seat"));
 }
 
 TEST_F(Doctor, no_permission_because_the_rules_came_after_the_node) {
