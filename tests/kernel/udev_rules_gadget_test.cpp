@@ -108,6 +108,14 @@ TEST_F(UdevRulesOnUsb, open_a_device_without_sound_of_a_headset_maker) {
     expect_access(device_of(jabra, {plain_descriptor()}, false), true);
 }
 
+TEST_F(UdevRulesOnUsb, leave_a_keyboard_with_sound_closed_where_a_rule_says_so) {
+    const auto keyboard = device_of(razer, {keyboard_descriptor()}, true);
+    expect_access(keyboard, true);
+    const UdevRulesFile rules("/etc/udev/rules.d/71-keyboard.rules",
+                              "SUBSYSTEM==\"hidraw\", KERNELS==\"0003:1532:0001.*\", TAG-=\"uaccess\"\n");
+    expect_access(keyboard, false);
+}
+
 TEST_F(UdevRulesOnUsb, open_a_headset_that_was_there_before_the_package) {
     const auto description = headset_of(razer);
     std::unique_ptr<UsbGadget> headset;
