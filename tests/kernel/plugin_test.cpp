@@ -115,7 +115,7 @@ TEST_F(PluginOnKernel, shows_a_call_on_a_telephony_node_that_comes_after_the_hea
     activate("SERIAL");
     control_->connectCall("", "1");
     const int headset = plug_headset("jabra-link-380c", "SERIAL");
-    EXPECT_EQ(take_shown(headset, 1), Reports{in_use});
+    EXPECT_EQ(take_shown(headset, 3), Reports(3, in_use)) << "once when it is opened, then state and mute";
 }
 
 TEST_F(PluginOnKernel, survives_a_headset_that_is_unplugged_in_a_write) {
@@ -190,6 +190,8 @@ TEST_F(PluginOfOrdinaryUser, is_refused_and_says_so_without_a_rule) {
     EXPECT_TRUE(logger_->wait_for(
         "3rdPartyHeadsetPlugin: plugin_control::device_mgr::enumerate_hid_device: failed open "
         "3rd device telephony page, remove it and skip . \n"));
+    EXPECT_TRUE(
+        eventually([&] { return !logger_->lines_with(": Permission denied. If this user").empty(); }));
     hid_device_info* const list = library_.find<decltype(hid_enumerate)>("hid_enumerate")(0x0B0E, 0);
     ASSERT_NE(list, nullptr);
     const std::string path = list->path;
