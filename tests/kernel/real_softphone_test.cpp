@@ -50,13 +50,13 @@ void expect_none(RunningProgram& phone, const std::string& reason) {
 }
 
 TEST_F(RealSoftphone, has_no_permission_without_rules_and_shows_the_call_as_soon_as_they_are_applied) {
-    const int headset = plug_headset("poly-blackwire-3220", "SERIAL");
+    const int headset = plug_headset("jabra-link-380c", "SERIAL");
     plug_headset("razer-blackshark-v2",
                  "OTHER");  // whose change comes first or last, and is none of this one's
     settled_node_of(headset);
     RunningProgram phone("/bin/su", {"user", "-s", "/bin/sh", "-c", ORVEX_SOFTPHONE " --real"});
     phone.type("device");
-    phone.type("device plantronics-blackwire-3220-series");
+    phone.type("device jabra-link-380c");
     EXPECT_TRUE(phone.says("no permission  onActiveDeviceNotify("));
     phone.type("connect 42");
     phone.type("headsets");
@@ -64,7 +64,7 @@ TEST_F(RealSoftphone, has_no_permission_without_rules_and_shows_the_call_as_soon
     EXPECT_EQ(orvex_virtual_indicator(headset, led_page, off_hook_led), 0);
 
     const UdevRulesFile rules("/etc/udev/rules.d/70-orvex-headset.rules",
-                              "SUBSYSTEM==\"hidraw\", KERNELS==\"0003:047F:*\", MODE=\"0666\"\n");
+                              "SUBSYSTEM==\"hidraw\", KERNELS==\"0003:0B0E:*\", MODE=\"0666\"\n");
     EXPECT_EQ(run_shell("udevadm trigger --subsystem-match=hidraw --action=change").status, 0);
     EXPECT_EQ(orvex_virtual_wait_indicator(headset, led_page, off_hook_led, 1, patience_ms), 1);
     phone.type("headsets");
