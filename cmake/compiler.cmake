@@ -9,8 +9,10 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM)
-  # Paths relative to the source tree, so that another checkout finds what this one compiled.
+  # Paths relative to the source tree, so that another checkout finds what this one compiled. The sloppiness is what ccache
+  # asks for where headers are precompiled.
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1
+                                  CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
                                   ${CCACHE_PROGRAM})
 endif()
 
@@ -21,6 +23,12 @@ if(ORVEX_WERROR)
 endif()
 if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
   add_compile_options(-Wthread-safety)
+endif()
+# What ccache needs to know a file that is compiled with precompiled headers.
+if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+  add_compile_options("SHELL:-Xclang -fno-pch-timestamp")
+else()
+  add_compile_options(-fpch-preprocess)
 endif()
 if(ORVEX_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)

@@ -1,0 +1,23 @@
+# Precompiled headers. Most of the time that it takes to compile a file here goes into the headers of the standard
+# library and of GoogleTest. They are compiled once for all programs of a kind.
+#
+# They save time and nothing else: every file includes what it uses. The product's layers are compiled without them but
+# under the sanitizers, so that a missing include is noticed, and so that a project that embeds them and the packages
+# compile just what the tests did. CMAKE_DISABLE_PRECOMPILE_HEADERS switches them off.
+set(orvex_standard_headers
+    <algorithm> <array> <atomic> <chrono> <cstdint> <cstdio> <functional> <map> <memory> <mutex> <optional> <span>
+    <string> <string_view> <system_error> <thread> <utility> <vector>)
+
+# orvex_precompiled_headers(NAME LIBRARY|PROGRAM headers...): headers for the libraries or programs that say
+# target_precompile_headers(... REUSE_FROM NAME). The two kinds differ in how their addresses are made.
+function(orvex_precompiled_headers name kind)
+  # A target has to have a source.
+  set(source ${CMAKE_CURRENT_BINARY_DIR}/${name}.cpp)
+  file(CONFIGURE OUTPUT ${source} CONTENT "")
+  add_library(${name} OBJECT ${source})
+  target_precompile_headers(${name} PRIVATE ${ARGN})
+  if(kind STREQUAL PROGRAM)
+    set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE OFF)
+    target_compile_options(${name} PRIVATE ${CMAKE_CXX_COMPILE_OPTIONS_PIE})
+  endif()
+endfunction()
