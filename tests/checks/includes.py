@@ -40,7 +40,7 @@ ALLOWED = {
     "devicemgr": DEVICE,
     "plugin": DEVICEMGR | {"callstate", "include/orvex"},
     "plugin/exports": DEVICEMGR | {"plugin", "callstate", "include/orvex"},
-    "tools/common": set(),
+    "tools/common": {"platform"},
     "tools/headset": DEVICEMGR
     | {"tools/common", "include/orvex", "platform/common", "platform/hidp", "platform/linux", "virtual_headset"},
     "tools/softphone": {"tools/common", "include/orvex", "platform", "platform/common"},

@@ -35,4 +35,19 @@ std::string to_hex16(unsigned number);
 /// The text in double quotes.
 std::string quoted(std::string_view text);
 
+/// Equal but for the case of ASCII letters.
+bool same_ignoring_case(std::string_view a, std::string_view b);
+
+/// A text from outside, such as a device's name, as one line that a terminal can show: control characters and
+/// those that change the direction of writing become `?`, and what is not UTF-8 becomes U+FFFD.
+std::string printable(std::string_view text);
+
+/// JSON in which every character that printable() replaces is written as \uXXXX. The value stays the same.
+/// \param json  JSON without white space between its tokens
+std::string printable_json(std::string_view json);
+
+/// The name that is most like a word that was mistyped: one that begins with the word, or that differs from it
+/// by two letters at most. Nothing where no name is like it.
+std::optional<std::string> nearest(std::string_view word, std::span<const std::string> names);
+
 }  // namespace tools

@@ -1,7 +1,6 @@
 #include "tools/softphone/text.h"
 
 #include <algorithm>
-#include <cctype>
 
 namespace softphone {
 namespace {
@@ -43,11 +42,6 @@ std::string join(std::span<const std::string> words) {
     for (const auto& word : words)
         joined += (joined.empty() ? "" : " ") + word;
     return joined;
-}
-
-bool same_ignoring_case(std::string_view a, std::string_view b) {
-    return std::ranges::equal(
-        a, b, [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
 }
 
 int parse_integer(std::string_view text, std::string_view what) {

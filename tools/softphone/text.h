@@ -14,7 +14,9 @@
 namespace softphone {
 
 using tools::Bytes;
+using tools::printable;
 using tools::quoted;
+using tools::same_ignoring_case;
 using tools::to_hex;
 using tools::to_hex16;
 using tools::trimmed;
@@ -32,9 +34,6 @@ Words split_words(std::string_view line);
 
 /// The words with one space between them.
 std::string join(std::span<const std::string> words);
-
-/// Equal but for the case of ASCII letters.
-bool same_ignoring_case(std::string_view a, std::string_view b);
 
 /// The whole text as a number; throws CommandError, which names `what`, when it is none.
 int parse_integer(std::string_view text, std::string_view what);
