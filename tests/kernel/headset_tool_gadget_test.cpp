@@ -56,9 +56,10 @@ TEST_F(HeadsetToolOnUsb, takes_several_nodes_for_one_headset) {
     const auto nodes = wait_for_nodes(L"TOOL2");
     const Diagnosis found;
     EXPECT_EQ(found.names(), Names{"root"});
-    EXPECT_EQ(found.headsets(),
-              Json::array({Json{
-                  {"path", nodes.at(telephony_interface)}, {"name", "Jabra Link 380c"}, {"works", true}}}));
+    ASSERT_EQ(found.headsets().size(), 1U);
+    EXPECT_EQ(found.headsets()[0]["path"], nodes.at(telephony_interface));
+    EXPECT_EQ(found.headsets()[0]["name"], "Jabra Link 380c");
+    EXPECT_EQ(found.headsets()[0]["works"], true);
 }
 
 TEST_F(HeadsetToolOnUsb, finds_that_a_sound_card_with_keys_has_no_telephony) {

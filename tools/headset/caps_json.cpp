@@ -142,10 +142,25 @@ Json collection_to_json(PHIDP_PREPARSED_DATA data) {
     return json;
 }
 
+/// Takes the next line, and of one that is too long for a descriptor its beginning; false at the end. Reads
+/// from the buffer: a stream catches what its buffer throws, which would then look like the end.
+bool read_line(std::istream& input, std::string& line) {
+    using Traits = std::istream::traits_type;
+    line.clear();
+    auto character = input.rdbuf()->sbumpc();
+    if (Traits::eq_int_type(character, Traits::eof()))
+        return false;
+    for (; !Traits::eq_int_type(character, Traits::eof()) && character != '\n';
+         character = input.rdbuf()->sbumpc())
+        if (line.size() <= most_text)
+            line += Traits::to_char_type(character);
+    return true;
+}
+
 }  // namespace
 
 std::string to_line(const Json& json) {
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
+    return tools::to_text(json) + '\n';
 }
 
 Json caps_to_json(const Collections& collections) {
@@ -157,6 +172,7 @@ Json caps_to_json(const Collections& collections) {
 
 Json answer_caps(std::string_view hex) {
     try {
+        check_text_size(hex);
         const auto parsed = platform::hidp::parse(parse_hex(hex));
         if (!parsed.error)
             return caps_to_json(parsed.collections);
@@ -169,8 +185,12 @@ Json answer_caps(std::string_view hex) {
 }
 
 void answer_caps_lines(std::istream& input, std::ostream& output) {
-    for (std::string line; std::getline(input, line);)
-        output << to_line(answer_caps(line)) << std::flush;
+    try {
+        for (std::string line; read_line(input, line);)
+            output << to_line(answer_caps(line)) << std::flush;
+    } catch (const std::ios_base::failure& error) {
+        throw UsageError("standard input: " + error.code().message());
+    }
 }
 
 }  // namespace headset

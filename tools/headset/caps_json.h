@@ -3,17 +3,17 @@
 #pragma once
 
 #include <istream>
-#include <nlohmann/json.hpp>
 #include <ostream>
 #include <string_view>
 
+#include "tools/common/json.h"
 #include "tools/headset/collections.h"
 
 namespace headset {
 
-using Json = nlohmann::ordered_json;
+using tools::Json;
 
-/// One object on one line. What is not UTF-8 in its texts is replaced.
+/// One object on one line.
 std::string to_line(const Json& json);
 
 Json caps_to_json(const Collections& collections);
@@ -22,7 +22,8 @@ Json caps_to_json(const Collections& collections);
 /// refused.
 Json answer_caps(std::string_view hex);
 
-/// Answers every line of `input` with a line of JSON, at once, so that another program can ask and wait.
+/// Answers every line of `input` with a line of JSON, at once, so that another program can ask and wait. Of a line
+/// that is longer than any descriptor no more than that is kept. Throws UsageError for input that cannot be read.
 void answer_caps_lines(std::istream& input, std::ostream& output);
 
 }  // namespace headset

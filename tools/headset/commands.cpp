@@ -79,11 +79,25 @@ int run_encode(const Task& task) {
     return exit_ok;
 }
 
-int run_explain(const Task& task) {
+/// The descriptor of a device, by its path or serial number, or one that is given as in other commands.
+Descriptor find_descriptor(const Task& task) {
     const auto& argument = task.options.descriptor;
-    task.output << to_text(explain(names_node(task.system, argument)
-                                       ? describe(task.system, find_node(task.system, argument))
-                                       : load_descriptor(argument, task.input)));
+    if (names_node(task.system, argument))
+        return describe(task.system, find_node(task.system, argument));
+    if (names_file(argument))
+        return load_descriptor(argument, task.input);
+    if (const auto node = find_serial(task.system, argument))
+        return describe(task.system, *node);
+    try {
+        return load_descriptor(argument, task.input);
+    } catch (const UsageError& error) {
+        throw UsageError(std::string(error.what()) +
+                         "; \"headset list\" shows the devices with their serial numbers");
+    }
+}
+
+int run_explain(const Task& task) {
+    task.output << to_text(explain(find_descriptor(task)));
     return exit_ok;
 }
 

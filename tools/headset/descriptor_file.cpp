@@ -5,7 +5,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "tools/headset/errors.h"
 
@@ -15,6 +14,8 @@ namespace {
 using tools::parse_number;
 using tools::quoted;
 using tools::trimmed;
+
+constexpr const char* standard_input = "standard input";
 
 /// Takes the first line off a text.
 std::string_view take_line(std::string_view& text) {
@@ -115,15 +116,21 @@ bool is_text(std::string_view content) {
     return true;
 }
 
-std::string read_all(std::istream& stream) {
-    return {std::istreambuf_iterator<char>(stream), {}};
+/// What a stream holds, and no more than shows that it is too long.
+std::string read_bounded(std::istream& stream, const std::string& name) {
+    std::string content(most_text + 1, '\0');
+    stream.read(content.data(), static_cast<std::streamsize>(content.size()));
+    if (stream.bad())
+        throw UsageError(name + ": " + std::strerror(errno));
+    content.resize(static_cast<std::size_t>(stream.gcount()));
+    return content;
 }
 
 std::string read_file(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file || std::filesystem::is_directory(path))
         throw UsageError(path + ": " + (file ? "is a directory" : std::strerror(errno)));
-    return read_all(file);
+    return read_bounded(file, path);
 }
 
 Descriptor read_named(const std::string& name, const std::string& content) {
@@ -141,16 +148,21 @@ Descriptor read_descriptor(std::string_view content) {
         return *std::move(recording);
     if (auto dump = read_dump(content))
         return *std::move(dump);
+    check_text_size(content);
     if (is_text(content))
         return {parse_hex(content)};
     return {Bytes(content.begin(), content.end())};
 }
 
+bool names_file(const std::string& argument) {
+    std::error_code ignored;
+    return argument == "-" || std::filesystem::exists(argument, ignored);
+}
+
 Descriptor load_descriptor(const std::string& argument, std::istream& input) {
     if (argument == "-")
-        return read_named("standard input", read_all(input));
-    std::error_code ignored;
-    if (std::filesystem::exists(argument, ignored))
+        return read_named(standard_input, read_bounded(input, standard_input));
+    if (names_file(argument))
         return read_named(argument, read_file(argument));
     if (argument.find('/') != std::string::npos)
         throw UsageError("there is no file or device \"" + argument + "\"");

@@ -5,6 +5,7 @@
 
 #include "tools/headset/doctor_checks.h"
 #include "tools/headset/errors.h"
+#include "tools/headset/table.h"
 
 namespace headset {
 namespace {
@@ -77,19 +78,47 @@ const char* to_string(Severity severity) {
 
 std::string finding_text(const Finding& finding) {
     return std::string(to_string(finding.severity)) + ", " + finding.name +
-           (finding.headset.empty() ? "" : ": " + finding.headset) + "\n  " + finding.text +
-           "\n  Remedy: " + finding.remedy + "\n\n";
+           (finding.headset.empty() ? "" : ": " + finding.headset) + "\n  " + tools::printable(finding.text) +
+           "\n  Remedy: " + tools::printable(finding.remedy) + "\n\n";
+}
+
+std::string summary(const CheckedHeadset& headset) {
+    Table table;
+    for (const auto support : {Support::works, Support::not_used, Support::not_there}) {
+        auto functions = headset.functions;
+        std::erase_if(functions,
+                      [&](const CallFunction& function) { return function.support != support; });
+        if (!functions.empty())
+            table.add({to_string(support), join(functions, [](const CallFunction& function) {
+                           return std::string(function.name);
+                       })});
+    }
+    return "Calls will work with " + headset.name + " (" + headset.path + "):\n" + table.to_string();
 }
 
 std::string summary(const Diagnosis& diagnosis) {
-    std::vector<CheckedHeadset> working = diagnosis.headsets;
-    std::erase_if(working, [](const CheckedHeadset& headset) { return !headset.works; });
-    if (working.empty())
-        return "Calls will not work.\n";
-    return "Calls will work with " +
-           join(working,
-                [](const CheckedHeadset& headset) { return headset.name + " (" + headset.path + ")"; }) +
-           ".\n";
+    std::string text;
+    for (const auto& headset : diagnosis.headsets)
+        if (headset.works)
+            text += summary(headset);
+    return text.empty() ? "Calls will not work.\n" : text;
+}
+
+Json to_json(const CallFunction& function) {
+    Json controls = Json::array();
+    for (const Usage usage : function.controls)
+        controls.push_back(usage_label(usage));
+    return {{"name", function.name}, {"support", to_string(function.support)}, {"controls", std::move(controls)}};
+}
+
+Json to_json(const CheckedHeadset& headset) {
+    Json functions = Json::array();
+    for (const auto& function : headset.functions)
+        functions.push_back(to_json(function));
+    return {{"path", headset.path},
+            {"name", headset.name},
+            {"works", headset.works},
+            {"functions", std::move(functions)}};
 }
 
 }  // namespace
@@ -107,7 +136,8 @@ Diagnosis diagnose(System& system) {
     apply(machine_checks(), machine, "", diagnosis.findings);
     for (const auto& headset : headsets) {
         const bool is_well = apply(headset_checks(), headset, headset.label(), diagnosis.findings);
-        diagnosis.headsets.push_back({headset.node.path, device_name(headset.info()), is_well});
+        diagnosis.headsets.push_back({headset.node.path, device_name(headset.info()), is_well,
+                                      headset.explanation.functions});
     }
     return diagnosis;
 }
@@ -129,7 +159,7 @@ Json to_json(const Diagnosis& diagnosis) {
                             {"remedy", finding.remedy}});
     Json headsets = Json::array();
     for (const auto& headset : diagnosis.headsets)
-        headsets.push_back({{"path", headset.path}, {"name", headset.name}, {"works", headset.works}});
+        headsets.push_back(to_json(headset));
     return {{"calls_work", diagnosis.calls_work()},
             {"headsets", std::move(headsets)},
             {"findings", std::move(findings)}};

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tools/headset/caps_json.h"
+#include "tools/headset/explain.h"
 #include "tools/headset/system.h"
 
 namespace headset {
@@ -28,6 +29,7 @@ struct CheckedHeadset {
     std::string path{};  ///< of the node
     std::string name{};
     bool works = false;
+    std::vector<CallFunction> functions{};
 };
 
 struct Diagnosis {

@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <system_error>
 
-#include "platform/text.h"
 #include "tools/headset/udev_rules.h"
 
 namespace headset {
@@ -157,8 +156,7 @@ std::string holders_problem(const Headset& headset) {
     return "other processes have it open: " +
            join(headset.state.holders,
                 [](const Process& process) {
-                    return printable(platform::to_wide(process.name)) + " (process " +
-                           std::to_string(process.id) + ")";
+                    return tools::printable(process.name) + " (process " + std::to_string(process.id) + ")";
                 }) +
            "; any but the calling client may switch its indicators, and act on its keys";
 }
@@ -227,7 +225,8 @@ constexpr Check<Headset> headset_rows[] = {
     {Severity::error, "driver",
      [](const Headset& headset) {
          return text_if(headset.explanation.is_open && !headset.explanation.has_driver,
-                        "the plug-in has no driver for its vendor: it neither lights nor reads it");
+                        "the plug-in has no driver for its vendor, so nothing works: it neither lights nor reads the "
+                        "headset");
      },
      [](const Headset&) -> std::string { return "use a headset of a vendor that the plug-in serves"; }},
     {Severity::error, "indicators", indicators_problem,

@@ -36,24 +36,48 @@ struct Report {
 struct Place {
     PHIDP_PREPARSED_DATA data;
     const Capability& capability;
+    Usage usage;
 };
 
 /// The first capability that has a place for the usage; else the first that names it.
-Place find_place(const Collections& collections, HIDP_REPORT_TYPE direction, Usage usage) {
+std::optional<Place> find_place(const Collections& collections, HIDP_REPORT_TYPE direction, Usage usage) {
     std::optional<Place> named;
     for (const auto& collection : collections)
         for (const Capability& capability : capabilities(collection.get(), direction)) {
             if (!covers(capability, usage))
                 continue;
+            const Place place{collection.get(), capability, usage};
             if (capability.holds(usage.id))
-                return {collection.get(), capability};
+                return place;
             if (!named)
-                named.emplace(Place{collection.get(), capability});
+                named.emplace(place);
         }
-    if (named)
-        return *named;
-    throw Refused("the descriptor has no " + usage_label(usage) + " in its " + to_string(direction) +
-                  " reports");
+    return named;
+}
+
+std::string labels(const std::vector<Usage>& usages) {
+    std::string text;
+    for (const Usage usage : usages)
+        text.append(text.empty() ? "" : " or ").append(usage_label(usage));
+    return text;
+}
+
+/// The place of the only one of the usages that the descriptor has.
+Place find_place(const Collections& collections, HIDP_REPORT_TYPE direction,
+                 const std::vector<Usage>& usages) {
+    std::vector<Place> places;
+    std::vector<Usage> found;
+    for (const Usage usage : usages)
+        if (const auto place = find_place(collections, direction, usage)) {
+            places.push_back(*place);
+            found.push_back(usage);
+        }
+    if (places.empty())
+        throw Refused("the descriptor has no " + labels(usages) + " in its " + to_string(direction) +
+                      " reports");
+    if (places.size() > 1)
+        throw Refused("the name stands for " + labels(found) + ": use the number");
+    return places.front();
 }
 
 Report empty_report(const Place& place, HIDP_REPORT_TYPE direction) {
@@ -63,55 +87,56 @@ Report empty_report(const Place& place, HIDP_REPORT_TYPE direction) {
     return report;
 }
 
-void set_button(Report& report, const Assignment& assignment) {
-    if (assignment.value != 0 && assignment.value != 1)
-        throw Refused(usage_label(assignment.usage) + " is a button: it can be 0 or 1, not " +
-                      std::to_string(assignment.value));
-    USAGE usage = assignment.usage.id;
+void set_button(Report& report, Usage button, std::int64_t value) {
+    if (value != 0 && value != 1)
+        throw Refused(usage_label(button) + " is a button: it can be 0 or 1, not " + std::to_string(value));
+    USAGE usage = button.id;
     ULONG count = 1;
-    const auto change = assignment.value != 0 ? &platform::hidp::Parser::HidP_SetUsages
+    const auto change = value != 0 ? &platform::hidp::Parser::HidP_SetUsages
                                               : &platform::hidp::Parser::HidP_UnsetUsages;
-    const auto status = (parser().*change)(report.direction, assignment.usage.page, any_link_collection,
-                                           &usage, &count, report.data, report.bytes.data(), report.length());
+    const auto status = (parser().*change)(report.direction, button.page, any_link_collection, &usage, &count, report.data, report.bytes.data(), report.length());
     if (status != HIDP_STATUS_SUCCESS && status != HIDP_STATUS_BUTTON_NOT_PRESSED)
-        throw Refused("the report has no room for " + usage_label(assignment.usage));
+        throw Refused("the report has no room for " + usage_label(button));
 }
 
-void set_value(Report& report, const Capability& capability, const Assignment& assignment) {
+void set_value(Report& report, const Capability& capability, Usage usage, std::int64_t value) {
     const auto bits = capability.field_bits();
     const std::int64_t room = std::int64_t{1} << bits;
     const std::int64_t least = capability.logical_min < 0 && bits > 0 ? -room / 2 : 0;
-    if (assignment.value < least || assignment.value >= room)
-        throw Refused(usage_label(assignment.usage) + " has " + std::to_string(bits) +
-                      " bits: " + std::to_string(assignment.value) + " does not fit");
-    parser().HidP_SetUsageValue(report.direction, assignment.usage.page, any_link_collection,
-                                assignment.usage.id, static_cast<ULONG>(assignment.value), report.data,
-                                report.bytes.data(), report.length());
+    if (value < least || value >= room)
+        throw Refused(usage_label(usage) + " has " + std::to_string(bits) + " bits: " + std::to_string(value) +
+                      " does not fit");
+    parser().HidP_SetUsageValue(report.direction, usage.page, any_link_collection, usage.id,
+                                static_cast<ULONG>(value), report.data, report.bytes.data(), report.length());
 }
 
 }  // namespace
 
 Assignment parse_assignment(std::string_view text) {
     const auto equals = text.find('=');
-    const auto usage = tools::parse_usage(text.substr(0, equals));
+    const auto name = text.substr(0, equals);
+    const auto number = tools::parse_usage(name);
+    auto usages = number ? std::vector{*number} : usages_named(name);
     const auto value =
         equals == text.npos ? std::optional<std::int64_t>(1) : parse_value(text.substr(equals + 1));
-    if (!usage || !value)
-        throw UsageError(tools::quoted(text) + " is not PAGE:USAGE[=VALUE], such as 08:17 or 08:17=0");
-    return {*usage, *value};
+    if (usages.empty() || !value)
+        throw UsageError(tools::quoted(text) +
+                         " is not USAGE[=VALUE], such as Off-Hook, 08:17 or 08:17=0: a usage is a number or a "
+                         "name that \"headset decode\" prints");
+    return {std::move(usages), *value};
 }
 
 std::vector<EncodedReport> encode(const Collections& collections, HIDP_REPORT_TYPE direction,
                                   std::span<const Assignment> assignments) {
     std::map<std::uint8_t, Report> reports;
     for (const Assignment& assignment : assignments) {
-        const Place place = find_place(collections, direction, assignment.usage);
+        const Place place = find_place(collections, direction, assignment.usages);
         auto& report =
             reports.try_emplace(place.capability.report_id, empty_report(place, direction)).first->second;
         if (place.capability.is_button)
-            set_button(report, assignment);
+            set_button(report, place.usage, assignment.value);
         else
-            set_value(report, place.capability, assignment);
+            set_value(report, place.capability, place.usage, assignment.value);
     }
     std::vector<EncodedReport> encoded;
     for (auto& [id, report] : reports) {

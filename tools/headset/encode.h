@@ -15,12 +15,12 @@ namespace headset {
 
 /// What a usage is to be in its report.
 struct Assignment {
-    Usage usage;
+    std::vector<Usage> usages;  ///< at least one; of several, which share a name, the one that the descriptor has
     std::int64_t value = 1;
 };
 
-/// PAGE:USAGE or PAGE:USAGE=VALUE: page and usage in hexadecimal, the value decimal, or in hexadecimal with
-/// 0x. Throws UsageError.
+/// USAGE or USAGE=VALUE: the usage is PAGE:USAGE in hexadecimal, or a name of the HID Usage Tables; the value
+/// is decimal, or hexadecimal with 0x. Throws UsageError.
 Assignment parse_assignment(std::string_view text);
 
 struct EncodedReport {

@@ -1,6 +1,7 @@
 #include "tools/headset/explain.h"
 
 #include <algorithm>
+#include <array>
 #include <set>
 
 #include "tools/headset/collections.h"
@@ -20,7 +21,28 @@ constexpr std::uint16_t led_page = 0x08;
 constexpr std::uint16_t telephony_page = 0x0B;
 constexpr Usage off_hook_led{led_page, 0x17};
 constexpr Usage mute_led{led_page, 0x09};
+constexpr Usage ring_led{led_page, 0x18};
+constexpr Usage ringer{telephony_page, 0x9E};
 constexpr Usage phone_mute{telephony_page, 0x2F};
+
+/// A part of working a call, and the controls that serve it.
+struct FunctionRow {
+    const char* name;
+    HIDP_REPORT_TYPE direction;
+    std::array<Usage, 3> usages;
+    Usage used_alone{};  ///< another, which counts where the driver uses it: else it serves something else
+};
+constexpr FunctionRow function_rows[] = {
+    {"mute key", platform::HidP_Input, {phone_mute}, {telephony_page, 0xB5}},
+    {"answer and end key", platform::HidP_Input, {{{telephony_page, 0x20}}}},
+    // Many headsets name their reject key by its number.
+    {"reject key", platform::HidP_Input, {{{telephony_page, 0x26}, {telephony_page, 0x07}, {0x09, 0x07}}}},
+    {"hold key", platform::HidP_Input, {{{telephony_page, 0x21}, {telephony_page, 0x23}}}},
+    {"redial key", platform::HidP_Input, {{{telephony_page, 0x24}}}},
+    {"off-hook indicator", platform::HidP_Output, {off_hook_led}},
+    {"mute indicator", platform::HidP_Output, {mute_led}},
+    {"ring indicator", platform::HidP_Output, {ring_led, ringer}},
+};
 
 // ---- finding out
 
@@ -52,7 +74,7 @@ ExplainedIndicator try_indicator(TrialHeadset& headset, Usage usage) {
 
 ShownState shown(const TrialHeadset& headset, const char* state, std::optional<Bytes> report) {
     ShownState result{state, std::move(report), {}};
-    for (const Usage indicator : {off_hook_led, mute_led})
+    for (const Usage indicator : {off_hook_led, mute_led, ring_led, ringer})
         if (headset.is_lit(indicator))
             result.lit.push_back(indicator);
     return result;
@@ -74,25 +96,63 @@ std::optional<Bytes> key_report(PHIDP_PREPARSED_DATA data, const Capability& cap
 }
 
 /// Presses and releases a key.
-std::optional<MuteKey> try_key(const TrialHeadset& headset, PHIDP_PREPARSED_DATA data,
-                               const Capability& capability, USAGE usage) {
-    const auto pressed = key_report(data, capability, usage);
+void try_key(const TrialHeadset& headset, PHIDP_PREPARSED_DATA data, const Capability& capability, Usage key,
+             Explanation& explanation) {
+    const auto pressed = key_report(data, capability, key.id);
     const auto released = key_report(data, capability, std::nullopt);
     if (!pressed || !released)
-        return std::nullopt;
+        return;
+    if (headset.reads_as_key(*pressed))
+        explanation.keys.push_back(key);
     const bool when_pressed = headset.reads_as_mute(*pressed);
     const bool when_released = headset.reads_as_mute(*released);
-    if (!when_pressed)
-        return std::nullopt;
-    return MuteKey{{capability.usage_page, usage}, *pressed, *released, when_released};
+    if (when_pressed)
+        explanation.mute_keys.push_back({key, *pressed, *released, when_released});
 }
 
-void try_keys(const TrialHeadset& headset, PHIDP_PREPARSED_DATA data, std::vector<MuteKey>& mute_keys) {
+void try_keys(const TrialHeadset& headset, PHIDP_PREPARSED_DATA data, Explanation& explanation) {
     for (const Capability& capability : capabilities(data, platform::HidP_Input))
         for (ULONG usage = capability.usage_min; capability.is_button && usage <= capability.usage_max;
              ++usage)
-            if (auto key = try_key(headset, data, capability, static_cast<USAGE>(usage)))
-                mute_keys.push_back(*std::move(key));
+            try_key(headset, data, capability, {capability.usage_page, static_cast<USAGE>(usage)}, explanation);
+}
+
+/// Whether the driver makes something of a key, or lights an indicator, of the collection that is open.
+bool drives(const Explanation& explanation, HIDP_REPORT_TYPE direction, Usage usage) {
+    if (direction == platform::HidP_Input)
+        return std::ranges::count(explanation.keys, usage) != 0;
+    return std::ranges::any_of(explanation.states, [&](const ShownState& state) {
+        return std::ranges::count(state.lit, usage) != 0;
+    });
+}
+
+/// Adds a control of the headset to a function; nothing where the headset does not have it.
+void add_control(const Collections& collections, HIDP_REPORT_TYPE direction, Usage usage,
+                 CallFunction& function) {
+    for (const auto& collection : collections)
+        for (const Capability& capability : capabilities(collection.get(), direction))
+            if (covers(capability, usage) && std::ranges::count(function.controls, usage) == 0) {
+                function.controls.push_back(usage);
+                function.is_in_range = function.is_in_range || capability.usage_count() > 1;
+            }
+}
+
+CallFunction find_function(const FunctionRow& row, const Collections& collections,
+                           const Explanation& explanation) {
+    constexpr Usage none{};
+    CallFunction function{.name = row.name};
+    for (const Usage usage : row.usages)
+        if (usage != none)
+            add_control(collections, row.direction, usage, function);
+    if (row.used_alone != none && drives(explanation, row.direction, row.used_alone))
+        add_control(collections, row.direction, row.used_alone, function);
+    if (!function.controls.empty())
+        function.support =
+            std::ranges::any_of(function.controls,
+                                [&](Usage usage) { return drives(explanation, row.direction, usage); })
+                ? Support::works
+                : Support::not_used;
+    return function;
 }
 
 bool is_used(const Explanation& explanation, HIDP_REPORT_TYPE direction, const Capability& capability) {
@@ -125,14 +185,34 @@ void add_unused(Explanation& explanation, PHIDP_PREPARSED_DATA data, bool is_ope
 constexpr const char* fate_texts[] = {"not let in", "let in, not opened", "cannot be opened", "opened"};
 
 std::string heading(const Explanation& explanation) {
-    std::string text = explanation.name.empty() ? "headset" : explanation.name;
+    std::string text = explanation.name.empty() ? "headset" : tools::printable(explanation.name);
     if (!explanation.ids)
         return text + ", vendor unknown: taken as one that the plug-in has a driver for\n";
     text += ", " + tools::to_hex16(explanation.ids->vendor) + ":" + tools::to_hex16(explanation.ids->product);
     return text +
            (explanation.has_driver
                 ? ": the plug-in has a driver for this vendor\n"
-                : ": the plug-in has no driver for this vendor, so it neither lights nor reads the headset\n");
+                : ": the plug-in has no driver for this vendor, so nothing works: it neither lights nor reads "
+                  "the headset\n");
+}
+
+std::string support_text(const CallFunction& function) {
+    const bool is_hidden = function.support == Support::not_used && function.is_in_range;
+    return to_string(function.support) + std::string(is_hidden ? ": inside a range of usages" : "");
+}
+
+std::string controls_text(const CallFunction& function) {
+    std::string text;
+    for (const Usage usage : function.controls)
+        text.append(text.empty() ? "" : ", ").append(usage_label(usage));
+    return text;
+}
+
+Table functions_table(const Explanation& explanation) {
+    Table table;
+    for (const auto& function : explanation.functions)
+        table.add({function.name, support_text(function), controls_text(function)});
+    return table;
 }
 
 std::string section(const char* title, const Table& table) {
@@ -145,7 +225,7 @@ Table collections_table(const Explanation& explanation) {
         const auto& [usage, fate, refusal] = explanation.collections[i];
         std::string text = fate_texts[static_cast<int>(fate)];
         if (fate == CollectionFate::not_opened)
-            text += ": " + explanation.open_error;
+            text += ": " + tools::printable(explanation.open_error);
         if (refusal)
             text += std::string(": ") + refusal->reason;
         table.add({std::to_string(i + 1), usage_label(usage), text});
@@ -224,6 +304,11 @@ Table unused_table(const Explanation& explanation) {
 
 }  // namespace
 
+const char* to_string(Support support) {
+    static constexpr const char* names[] = {"works", "not used", "not there"};
+    return names[static_cast<int>(support)];
+}
+
 Explanation explain(const Descriptor& descriptor) {
     const auto collections = parse_collections(descriptor.bytes);
     TrialHeadset headset(descriptor);
@@ -238,15 +323,19 @@ Explanation explain(const Descriptor& descriptor) {
             explanation.indicators.push_back(try_indicator(headset, indicator));
         explanation.states.push_back(shown(headset, "a connected call", headset.show_call()));
         explanation.states.push_back(shown(headset, "... and muted", headset.show_mute()));
-        try_keys(headset, collections[*opened].get(), explanation.mute_keys);
+        explanation.states.push_back(shown(headset, "... and a call rings", headset.show_ringing()));
+        try_keys(headset, collections[*opened].get(), explanation);
     }
+    for (const auto& row : function_rows)
+        explanation.functions.push_back(find_function(row, collections, explanation));
     for (std::size_t i = 0; i < collections.size(); ++i)
         add_unused(explanation, collections[i].get(), opened == i);
     return explanation;
 }
 
 std::string to_text(const Explanation& explanation) {
-    std::string text = heading(explanation) + section("Collections", collections_table(explanation));
+    std::string text = heading(explanation) + section("In a call", functions_table(explanation)) +
+                       section("Collections", collections_table(explanation));
     if (explanation.is_open)
         text +=
             section("Indicators", indicators_table(explanation)) + section("Keys", keys_table(explanation));

@@ -52,6 +52,24 @@ struct MuteKey {
     bool also_released = false;  ///< whether its release reads as the mute key, too
 };
 
+/// How far a part of working a call goes with the headset.
+enum class Support {
+    works,
+    not_used,   ///< the headset has a control for it, which the plug-in does not use
+    not_there,  ///< the headset has no control for it
+};
+
+/// "works"
+const char* to_string(Support support);
+
+/// A part of working a call, such as muting by a key.
+struct CallFunction {
+    const char* name;               ///< "mute key"
+    std::vector<Usage> controls{};  ///< those of the headset
+    Support support = Support::not_there;
+    bool is_in_range = false;  ///< a control is one of a range of usages in the descriptor
+};
+
 /// A control, or a range of them, that the plug-in makes no use of.
 struct UnusedControl {
     const char* kind;
@@ -67,10 +85,13 @@ struct Explanation {
     std::string open_error{};  ///< why a collection could not be opened
     bool is_open = false;
 
+    std::vector<CallFunction> functions{};
+
     // Of the collection that is open.
     std::vector<ExplainedIndicator> indicators{};
     std::vector<ShownState> states{};
     std::vector<MuteKey> mute_keys{};
+    std::vector<Usage> keys{};  ///< those of which the driver makes something
 
     /// Those of the telephony and the LED page in all collections, and all in the open one.
     std::vector<UnusedControl> unused{};

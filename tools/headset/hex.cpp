@@ -30,6 +30,12 @@ void add_word(Bytes& bytes, std::string_view word) {
 
 }  // namespace
 
+void check_text_size(std::string_view text) {
+    if (text.size() > most_text)
+        throw Refused("it is too long: a report descriptor has at most " +
+                      std::to_string(platform::hidp::max_descriptor_size) + " bytes");
+}
+
 Bytes parse_hex(std::string_view text) {
     Bytes bytes;
     while (!text.empty()) {

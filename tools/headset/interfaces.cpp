@@ -87,6 +87,18 @@ std::vector<Node> find_headset(System& system, const std::string& path_or_serial
     return found;
 }
 
+std::optional<Node> find_serial(System& system, const std::string& serial) {
+    if (!system.hidapi_error().empty())
+        return std::nullopt;
+    const auto found = select(list_nodes(system), [&](const Node&, const HidInterfaceInfo& info) {
+        return has_serial(info, serial);
+    });
+    if (found.empty())
+        return std::nullopt;
+    const auto telephony = std::ranges::find_if(found, has_telephony);
+    return telephony == found.end() ? found.front() : *telephony;
+}
+
 bool has_telephony(const Node& node) {
     return std::ranges::any_of(node.interfaces, [](const HidInterfaceInfo& info) {
         return info.usage_page == plugin_control::telephony_usage_page;
@@ -101,11 +113,8 @@ std::optional<plugin_control::Refusal> find_refusal(const HidInterfaceInfo& info
     return plugin_control::find_refusal(candidate);
 }
 
-std::string printable(std::wstring text) {
-    // C0, delete and C1 (ISO/IEC 6429).
-    const auto is_control = [](wchar_t c) { return c < 0x20 || (0x7F <= c && c < 0xA0); };
-    std::ranges::replace_if(text, is_control, L'?');
-    return platform::to_utf8(text);
+std::string printable(std::wstring_view text) {
+    return tools::printable(platform::to_utf8(text));
 }
 
 std::string device_name(const HidInterfaceInfo& info) {

@@ -30,13 +30,17 @@ Node find_node(System& system, const std::string& path);
 /// neither, the first node that has a collection of the Telephony page. Throws Refused.
 std::vector<Node> find_headset(System& system, const std::string& path_or_serial);
 
+/// The node of the device with this serial number; of several, the first with a collection of the Telephony page.
+/// Nothing where no device has it, or hidapi is missing.
+std::optional<Node> find_serial(System& system, const std::string& serial);
+
 bool has_telephony(const Node& node);
 
 /// The rule that keeps an interface out; empty when it is let in.
 std::optional<plugin_control::Refusal> find_refusal(const platform::HidInterfaceInfo& info);
 
-/// A text that a device states, without the characters that would steer a terminal.
-std::string printable(std::wstring text);
+/// A text that a device states, as it can be shown.
+std::string printable(std::wstring_view text);
 
 /// The device's name, "unnamed device" where it states none.
 std::string device_name(const platform::HidInterfaceInfo& info);

@@ -78,9 +78,16 @@ std::optional<Bytes> TrialHeadset::set_indicator(Usage indicator, bool on) {
 }
 
 std::optional<Bytes> TrialHeadset::show_call() {
+    return show_state(headset_plugin::HEADSET_STATE_INUSE);
+}
+
+std::optional<Bytes> TrialHeadset::show_ringing() {
+    return show_state(headset_plugin::HEADSET_STATE_ALERTING);
+}
+
+std::optional<Bytes> TrialHeadset::show_state(std::uint32_t state) {
     Bytes report(headset_plugin::hid_output_report_length(handle_.get()));
-    const auto length =
-        driver_ ? driver_->set_led_event_data(headset_plugin::HEADSET_STATE_INUSE, report) : 0;
+    const auto length = driver_ ? driver_->set_led_event_data(state, report) : 0;
     return write(std::move(report), length > 0);
 }
 
@@ -106,6 +113,10 @@ bool TrialHeadset::is_lit(Usage indicator) const {
 
 bool TrialHeadset::reads_as_mute(const Bytes& report) const {
     return headset_plugin::process_read_for_mute(handle_.get(), report) == 1;
+}
+
+bool TrialHeadset::reads_as_key(const Bytes& report) const {
+    return driver_ && driver_->process_read(report) != headset_plugin::HEADSET_KEY_INVALID;
 }
 
 }  // namespace headset

@@ -47,12 +47,17 @@ class TrialHeadset {
     std::optional<Bytes> show_call();
     /// The same for a muted microphone.
     std::optional<Bytes> show_mute();
+    /// The same for a call that rings.
+    std::optional<Bytes> show_ringing();
     /// Whether the headset has an indicator that is lit.
     bool is_lit(Usage indicator) const;
     /// Whether the plug-in reads an input report as the mute key.
     bool reads_as_mute(const Bytes& report) const;
+    /// Whether the headset's driver makes a key of an input report; false without a driver.
+    bool reads_as_key(const Bytes& report) const;
 
   private:
+    std::optional<Bytes> show_state(std::uint32_t state);
     std::optional<Bytes> write(Bytes report, bool is_built);
 
     platform::virtual_platform::VirtualBus bus_;

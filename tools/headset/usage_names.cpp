@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <span>
 
+#include "tools/common/text.h"
+
 namespace headset {
 namespace {
 
@@ -262,6 +264,23 @@ std::string usage_name(Usage usage) {
 
 std::string usage_label(Usage usage) {
     return range_label(usage, usage.id);
+}
+
+std::vector<Usage> usages_named(std::string_view text) {
+    std::vector<Usage> found;
+    const auto add = [&](Usage usage) {
+        if (tools::same_ignoring_case(text, usage_name(usage)) ||
+            tools::same_ignoring_case(text, usage_label(usage)))
+            found.push_back(usage);
+    };
+    for (const Page& page : pages)
+        for (const Name& name : page.names)
+            add({page.page, name.usage});
+    // The name of a button ends with its usage.
+    const auto name = text.substr(0, text.find(" ("));
+    if (const auto number = tools::parse_number<std::uint16_t>(name.substr(name.rfind(' ') + 1), 10))
+        add({button_page, *number});
+    return found;
 }
 
 std::string range_label(Usage first, std::uint16_t last) {

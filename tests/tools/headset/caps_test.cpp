@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
+#include <new>
 #include <set>
 #include <sstream>
+#include <utility>
 
 #include "tests/tools/headset/small_headset.h"
 #include "tools/common/text.h"
@@ -35,6 +37,24 @@ void expect_common(const Json& json, const auto& cap) {
     EXPECT_EQ(json["UsageMax"], cap.IsRange != 0 ? cap.Range.UsageMax : cap.NotRange.Usage);
     EXPECT_EQ(json["DataIndexMin"], cap.Range.DataIndexMin);
     EXPECT_EQ(json["DataIndexMax"], cap.Range.DataIndexMax);
+}
+
+/// Throws for its second character.
+class FailingBuffer final : public std::streambuf {
+    int_type underflow() override { return uflow(); }
+    int_type uflow() override {
+        if (std::exchange(has_read_, true))
+            throw std::bad_alloc();
+        return traits_type::to_int_type('0');
+    }
+    bool has_read_ = false;
+};
+
+TEST(CapsJson, input_that_ends_for_lack_of_memory_is_no_success) {
+    FailingBuffer buffer;
+    std::istream input(&buffer);
+    std::ostringstream output;
+    EXPECT_THROW(answer_caps_lines(input, output), std::bad_alloc);
 }
 
 TEST(CapsJson, of_every_model_is_what_the_platform_functions_give) {

@@ -48,6 +48,27 @@ TEST_F(Commands, explain_refuses_a_collection_that_the_node_does_not_have) {
     EXPECT_THROW(explain("/dev/hidraw0:4"), Refused);
 }
 
+TEST_F(Commands, explain_takes_a_serial_number) {
+    using namespace platform::virtual_headsets;
+    const auto other =
+        descriptor({usage_page(0xFF00), usage(0x01), collection(application), end_collection()});
+    system_.plug({.descriptor = other, .serial = L"305075EADF01"});
+    system_.plug({.node = "/dev/hidraw1", .serial = L"305075EADF01"});
+    const auto text = explain("/dev/hidraw1");
+    EXPECT_EQ(explain("305075EADF01"), text) << "the node with the keys, and not hexadecimal text";
+}
+
+TEST_F(Commands, explain_says_where_serial_numbers_are_found) {
+    system_.plug({});
+    try {
+        explain("SN-9");
+        ADD_FAILURE() << "nothing thrown";
+    } catch (const UsageError& error) {
+        EXPECT_NE(std::string(error.what()).find("\"headset list\" shows the devices"), std::string::npos)
+            << error.what();
+    }
+}
+
 TEST_F(Commands, explain_needs_no_hidapi_for_a_descriptor) {
     system_.hidapi_failure = "not there";
     explain(tools::to_hex(small_headset()));

@@ -107,7 +107,7 @@ TEST(Decode, every_button_of_every_model_comes_back_from_its_report) {
                     const Usage usage = first_usage(capability);
                     if (!capability.is_button || usage.id == 0 || !capability.holds(usage.id))
                         continue;
-                    const Assignment assignment{usage, 1};
+                    const Assignment assignment{{usage}, 1};
                     const auto reports = encode(collections, direction, {&assignment, 1});
                     ASSERT_EQ(reports.size(), 1U) << model->key << usage_label(usage);
                     EXPECT_EQ(decode(collections, direction, reports[0].bytes).buttons,

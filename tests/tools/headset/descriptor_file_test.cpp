@@ -111,6 +111,19 @@ TEST(DescriptorFile, other_text_is_refused) {
     EXPECT_EQ(refusal("hello"), "\"hello\" is not hexadecimal");
 }
 
+TEST(DescriptorFile, reports_may_follow_the_descriptor_without_end) {
+    auto long_recording = recording("R: 2 05 0b");
+    auto long_dump = std::string("001:004:003:DESCRIPTOR 1490000000.123456\n 05 0B\n\n");
+    while (long_recording.size() <= most_text) {
+        long_recording += "E: 000000.000000 3 02 08 00\n";
+        long_dump += "001:004:003:STREAM 1490000000.223456\n 02 08 00\n\n";
+    }
+    EXPECT_EQ(read_descriptor(long_recording).bytes, (Bytes{0x05, 0x0B}));
+    EXPECT_EQ(read_descriptor(long_dump).bytes, (Bytes{0x05, 0x0B}));
+    EXPECT_EQ(refusal(std::string(most_text + 1, '\0')),
+              "it is too long: a report descriptor has at most 4096 bytes");
+}
+
 TEST(LoadDescriptor, a_file_comes_before_hexadecimal_text) {
     const TemporaryFile file("05 0B 09 05");
     std::istringstream nothing;

@@ -57,8 +57,15 @@ bool contains(const std::string& text, const std::string& part) {
 
 TEST_F(Doctor, finds_nothing_where_all_is_well) {
     system_.plug({});
-    EXPECT_EQ(to_text(diagnose(system_)), "Calls will work with Jabra Link 380c (/dev/hidraw0).\n");
-    EXPECT_EQ(to_line(to_json(diagnose(system_))),
+    EXPECT_EQ(to_text(diagnose(system_)),
+              "Calls will work with Jabra Link 380c (/dev/hidraw0):\n"
+              "  works     mute key, off-hook indicator, mute indicator\n"
+              "  not used  answer and end key, reject key, hold key, redial key, ring indicator\n");
+    auto json = to_json(diagnose(system_));
+    EXPECT_EQ(to_line(json["headsets"][0]["functions"][0]),
+              "{\"name\":\"mute key\",\"support\":\"works\",\"controls\":[\"Phone Mute (0B:2F)\"]}\n");
+    json["headsets"][0].erase("functions");
+    EXPECT_EQ(to_line(json),
               "{\"calls_work\":true,\"headsets\":[{\"path\":\"/dev/hidraw0\",\"name\":\"Jabra Link "
               "380c\",\"works\":true}],\"findings\":[]}\n");
 }
@@ -222,6 +229,8 @@ TEST_F(Doctor, a_node_beside_the_one_with_the_telephony_collection_is_no_headset
 TEST_F(Doctor, no_driver_for_the_vendor) {
     system_.plug({.vendor_id = 0x1532});
     expect_only("driver", Severity::error);
+    EXPECT_TRUE(contains(finding("driver").text, "nothing works"));
+    EXPECT_FALSE(contains(to_text(diagnose(system_)), "  works"));
 }
 
 TEST_F(Doctor, an_indicator_is_missing) {
@@ -261,6 +270,13 @@ TEST_F(Doctor, another_process_has_the_node_open) {
     EXPECT_TRUE(contains(finding("other program").text, "chat (process 12), ?[2J (process 34);"));
 }
 
+TEST_F(Doctor, names_steer_no_terminal) {
+    system_.plug({.product = L"\x1B[2J\x9B" L"Evil\nname", .serial = {}, .state = {.holders = {{"\xFF\n", 1}}}});
+    const auto text = to_text(diagnose(system_));
+    EXPECT_TRUE(contains(text, "error, serial: ?[2J?Evil?name (/dev/hidraw0)\n")) << text;
+    EXPECT_TRUE(contains(text, "\xEF\xBF\xBD? (process 1)")) << text;
+}
+
 TEST_F(Doctor, the_desktop_has_the_mute_key_too) {
     system_.plug({.state = {.mute_inputs = {"/dev/input/event7"}}});
     expect_only("desktop mute key", Severity::warning);
@@ -289,7 +305,7 @@ TEST_F(Doctor, calls_work_with_one_headset_of_two) {
     EXPECT_EQ(json["headsets"][0]["works"], false);
     EXPECT_EQ(json["headsets"][1]["works"], true);
     EXPECT_TRUE(
-        contains(to_text(diagnose(system_)), "Calls will work with Jabra Link 380c (/dev/hidraw1).\n"));
+        contains(to_text(diagnose(system_)), "Calls will work with Jabra Link 380c (/dev/hidraw1):\n"));
 }
 
 }  // namespace

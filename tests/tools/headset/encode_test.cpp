@@ -35,7 +35,7 @@ std::string refusal(HIDP_REPORT_TYPE direction, const char* word) {
 
 TEST(ParseAssignment, a_usage_alone_is_set) {
     const auto assignment = parse_assignment("08:17");
-    EXPECT_EQ(assignment.usage, (Usage{0x08, 0x17}));
+    EXPECT_EQ(assignment.usages, (std::vector{Usage{0x08, 0x17}}));
     EXPECT_EQ(assignment.value, 1);
 }
 
@@ -47,8 +47,39 @@ TEST(ParseAssignment, values_are_decimal_or_hexadecimal) {
 }
 
 TEST(ParseAssignment, anything_else_is_no_usage) {
-    for (const char* text : {"", "08", "08:17=", "08:17=x", "08:17=1=1", "mute", "08:17=0x", "08:17=FF"})
+    for (const char* text : {"", "08", "08:17=", "08:17=x", "08:17=1=1", "mumble", "08:17=0x", "08:17=FF"})
         EXPECT_THROW(parse_assignment(text), UsageError) << text;
+}
+
+TEST(ParseAssignment, a_name_stands_for_every_usage_that_has_it) {
+    EXPECT_EQ(parse_assignment("phone mute=0").usages, (std::vector{Usage{0x0B, 0x2F}}));
+    EXPECT_EQ(parse_assignment("phone mute=0").value, 0);
+    EXPECT_EQ(parse_assignment("Mute").usages, (std::vector{Usage{0x08, 0x09}, Usage{0x0C, 0xE2}}));
+    EXPECT_EQ(parse_assignment("Mute (08:09)").usages, (std::vector{Usage{0x08, 0x09}}));
+    EXPECT_EQ(parse_assignment("Button 3").usages, (std::vector{Usage{0x09, 0x03}}));
+}
+
+TEST(Encode, takes_the_names_that_decode_prints) {
+    EXPECT_EQ(encoded(small_headset(), HidP_Output, {"Off-Hook", "mute"}), Lines{"02 03"});
+    const auto jabra = model_descriptor("jabra-link-380c");
+    EXPECT_EQ(encoded(jabra, HidP_Input, {"Phone Mute"}), Lines{"02 08 00"});
+    EXPECT_EQ(encoded(jabra, HidP_Input, {"Volume Decrement (0C:EA)"}), encoded(jabra, HidP_Input, {"0C:EA"}));
+}
+
+TEST(Encode, a_name_of_several_usages_of_the_descriptor_is_refused) {
+    using namespace platform::virtual_headsets;
+    const auto both =
+        descriptor({usage_page(0x0C), usage(0x01), collection(application), logical_minimum(0),
+                    logical_maximum(1), report_size(1), report_count(1), usage(0xE2), output(variable),
+                    usage_page(0x08), usage(0x09), output(variable), report_count(6), output(constant),
+                    end_collection()});
+    const auto collections = parse_collections(both);
+    try {
+        encode(collections, HidP_Output, std::vector{parse_assignment("mute")});
+        ADD_FAILURE() << "nothing thrown";
+    } catch (const Refused& error) {
+        EXPECT_STREQ(error.what(), "the name stands for Mute (08:09) or Mute (0C:E2): use the number");
+    }
 }
 
 TEST(Encode, a_report_is_as_long_as_those_of_its_id) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <map>
 
 #include "tests/tools/headset/small_headset.h"
 #include "tools/common/text.h"
@@ -125,7 +126,7 @@ TEST(Explain, a_connected_call_needs_both_indicators) {
     EXPECT_FALSE(explanation.indicators.at(1).works());
     EXPECT_EQ(explanation.states.at(0).report, std::nullopt);
     const auto text = to_text(explanation);
-    EXPECT_NE(text.find("a connected call  nothing is sent"), std::string::npos) << text;
+    EXPECT_NE(text.find("a connected call      nothing is sent"), std::string::npos) << text;
     EXPECT_NE(text.find("Missing\n  indicator  Mute (08:09)\n  key        Phone Mute (0B:2F)\n"),
               std::string::npos)
         << text;
@@ -138,6 +139,62 @@ TEST(Explain, indicators_in_a_range_are_not_lit) {
          logical_maximum(1), report_size(1), report_count(2), usage_page(0x08), usage_minimum(0x17),
          usage_maximum(0x18), output(variable), report_count(6), output(constant), end_collection()}));
     EXPECT_FALSE(explanation.indicators.at(0).works());
+}
+
+/// What works in a call: "works", "not used" or "not there" by function.
+std::map<std::string, std::string> functions(const Explanation& explanation) {
+    std::map<std::string, std::string> found;
+    for (const auto& function : explanation.functions)
+        found.emplace(function.name, to_string(function.support));
+    return found;
+}
+
+TEST(Explain, with_the_standard_driver_mute_alone_works) {
+    const auto explanation = explained(model_descriptor("jabra-link-380c"));
+    EXPECT_EQ(functions(explanation), (std::map<std::string, std::string>{{"mute key", "works"},
+                                                                          {"answer and end key", "not used"},
+                                                                          {"reject key", "not used"},
+                                                                          {"hold key", "not used"},
+                                                                          {"redial key", "not used"},
+                                                                          {"off-hook indicator", "works"},
+                                                                          {"mute indicator", "works"},
+                                                                          {"ring indicator", "not used"}}));
+    const auto text = to_text(explanation);
+    for (const char* line : {"  mute key            works     Phone Mute (0B:2F)\n",
+                             "  answer and end key  not used  Hook Switch (0B:20)\n",
+                             "  hold key            not used  Flash (0B:21)\n",
+                             "  ring indicator      not used  Ring (08:18), Ringer (0B:9E)\n"})
+        EXPECT_NE(text.find(line), std::string::npos) << line << text;
+}
+
+TEST(Explain, what_the_headset_lacks_is_not_there) {
+    const auto found = functions(explained(model_descriptor("logitech-mx-brio")));
+    EXPECT_EQ(found.at("mute key"), "works");
+    EXPECT_EQ(found.at("off-hook indicator"), "not there");
+    EXPECT_EQ(found.at("redial key"), "not there");
+}
+
+TEST(Explain, without_a_driver_nothing_works) {
+    const auto razer = explained(model_descriptor("razer-blackshark-v2"), DeviceIds{0x1532, 0x0565});
+    EXPECT_EQ(functions(razer).at("mute key"), "not used");
+    for (const auto& [name, support] : functions(razer))
+        EXPECT_NE(support, "works") << name;
+    EXPECT_NE(to_text(razer).find("no driver for this vendor, so nothing works"), std::string::npos);
+}
+
+TEST(Explain, controls_in_a_range_of_usages_do_not_work) {
+    using namespace platform::virtual_headsets;
+    const auto explanation = explained(descriptor(
+        {usage_page(0x0B), usage(0x05), collection(application), logical_minimum(0), logical_maximum(1),
+         report_size(1), report_count(2), usage_minimum(0x2E), usage_maximum(0x2F),
+         input(variable | relative), report_count(6), input(constant), report_count(2), usage_page(0x08),
+         usage(0x09), usage(0x17), output(variable), usage_minimum(0x18), usage_maximum(0x19),
+         output(variable), report_count(4), output(constant), end_collection()}));
+    EXPECT_EQ(functions(explanation).at("mute key"), "not used");
+    EXPECT_EQ(functions(explanation).at("off-hook indicator"), "works");
+    EXPECT_NE(to_text(explanation).find("mute key            not used: inside a range of usages"),
+              std::string::npos)
+        << to_text(explanation);
 }
 
 TEST(Explain, the_second_mute_usage_counts) {
@@ -196,14 +253,25 @@ TEST(Explain, the_whole_text) {
     EXPECT_EQ(to_text(explain(descriptor)),
               "Small, 0B0E:1234: the plug-in has a driver for this vendor\n"
               "\n"
+              "In a call\n"
+              "  mute key            works      Phone Mute (0B:2F)\n"
+              "  answer and end key  not there\n"
+              "  reject key          not there\n"
+              "  hold key            not there\n"
+              "  redial key          not there\n"
+              "  off-hook indicator  works      Off-Hook (08:17)\n"
+              "  mute indicator      works      Mute (08:09)\n"
+              "  ring indicator      not used   Ring (08:18)\n"
+              "\n"
               "Collections\n"
               "  1  Headset (0B:05)  opened\n"
               "\n"
               "Indicators\n"
-              "  Off-Hook (08:17)  lit by 02 01, put out by 02 00\n"
-              "  Mute (08:09)      lit by 02 02, put out by 02 00\n"
-              "  a connected call  02 01, lit: Off-Hook\n"
-              "  ... and muted     02 03, lit: Off-Hook, Mute\n"
+              "  Off-Hook (08:17)      lit by 02 01, put out by 02 00\n"
+              "  Mute (08:09)          lit by 02 02, put out by 02 00\n"
+              "  a connected call      02 01, lit: Off-Hook\n"
+              "  ... and muted         02 03, lit: Off-Hook, Mute\n"
+              "  ... and a call rings  02 03, lit: Off-Hook, Mute\n"
               "\n"
               "Keys\n"
               "  Phone Mute (0B:2F)  reaches the client as the mute key: 01 01 0B\n"

@@ -22,8 +22,8 @@ using std::chrono::milliseconds;
 constexpr milliseconds limit{10'000};
 constexpr FullUsage phone_mute{0x0B, 0x2F};
 constexpr FullUsage volume_increment{0x0C, 0xE9};
-const Assignment off_hook{{0x08, 0x17}};
-const Assignment mute{{0x08, 0x09}};
+const Assignment off_hook{{Usage{0x08, 0x17}}};
+const Assignment mute{{Usage{0x08, 0x09}}};
 
 /// The reports that a monitor has told of.
 class Seen {
@@ -159,7 +159,7 @@ TEST_F(Monitoring, sets_indicators_and_shows_the_report) {
 
 TEST_F(Monitoring, refuses_to_set_what_the_headset_does_not_have) {
     const auto monitor = open();
-    EXPECT_THROW(monitor->set(std::vector{Assignment{{0x08, 0x4C}}}), Refused);
+    EXPECT_THROW(monitor->set(std::vector{Assignment{{Usage{0x08, 0x4C}}}}), Refused);
     EXPECT_EQ(system_.bus().outputs(number_)->size(), 0U);
 }
 
@@ -262,7 +262,7 @@ TEST_F(MonitorCommand, an_unplugged_headset_is_told) {
 TEST_F(MonitorCommand, wrong_usages_are_told_before_anything_is_opened) {
     system_.hidapi_failure = "not asked";
     std::istringstream input;
-    EXPECT_THROW(headset::run({.command = Command::monitor, .arguments = {"mute"}}, system_, input, output_),
+    EXPECT_THROW(headset::run({.command = Command::monitor, .arguments = {"mumble"}}, system_, input, output_),
                  UsageError);
 }
 

@@ -1,4 +1,5 @@
 // The program as people run it.
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -91,10 +92,10 @@ TEST(Program, wrong_usage_is_status_2) {
         {"udev-rules", "--json"},
         {"monitor", "SN-1", "SN-2"},
         {"monitor", "--set"},
-        {"monitor", "--set", "mute"},
+        {"monitor", "--set", "mumble"},
         {"decode", "--output", "--feature", small, "02 01"},
         {"decode", small, "zz"},
-        {"encode", small, "mute"},
+        {"encode", small, "mumble"},
         {"caps", "/no/such.hid"},
         {"caps", "/"},
     };
@@ -246,11 +247,77 @@ TEST(Program, explain_takes_name_and_vendor_from_a_recording) {
         << result.output;
 }
 
-TEST(Program, a_full_disk_is_a_system_error) {
-    const auto result = test_support::run_program(
-        "/bin/sh", {"-c", std::string("exec ") + HEADSET_PROGRAM + " caps \"$0\" >/dev/full", jabra});
-    EXPECT_EQ(result.status, 71);
-    EXPECT_NE(result.errors, "");
+/// Runs the program with arguments and redirections as a shell reads them.
+ProgramResult run_in_shell(const std::string& arguments) {
+    return test_support::run_program(
+        "/bin/sh", {"-c", std::string("exec ") + HEADSET_PROGRAM + " " + arguments, jabra});
+}
+
+TEST(Program, a_full_disk_is_a_system_error_in_words) {
+    for (const char* arguments : {"caps \"$0\"", "encode \"$0\" 08:17", "udev-rules", "--help", "caps --help",
+                                  "--version"}) {
+        const auto result = run_in_shell(std::string(arguments) + " >/dev/full");
+        EXPECT_EQ(result.status, 71) << arguments;
+        EXPECT_EQ(result.errors, "headset: cannot write to standard output: No space left on device\n")
+            << arguments;
+    }
+    const auto lines = run_in_shell("caps - >/dev/full <<end\n" + jabra + "\nend\n");
+    EXPECT_EQ(lines.status, 71);
+    EXPECT_TRUE(contains(lines.errors, "No space left on device")) << lines.errors;
+}
+
+TEST(Program, the_first_command_of_the_help_is_doctor) {
+    const auto help = run({"--help"}).output;
+    const auto doctor = help.find("\n  doctor ");
+    ASSERT_NE(doctor, std::string::npos);
+    EXPECT_EQ(help.find("\n  "), help.find("\n  -h,--help"));
+    for (const char* other : {"list", "explain", "monitor", "udev-rules", "caps", "decode", "encode"})
+        EXPECT_LT(doctor, help.find(std::string("\n  ") + other + " ")) << other;
+}
+
+TEST(Program, a_command_that_there_is_not_is_named_with_the_nearest) {
+    EXPECT_EQ(run({"docter"}).errors, "headset: there is no command \"docter\"; did you mean \"doctor\"?\n");
+    EXPECT_EQ(run({"udev", "--json"}).errors,
+              "headset: there is no command \"udev\"; did you mean \"udev-rules\"?\n");
+    const auto other = run({"sing"});
+    EXPECT_EQ(other.status, 2);
+    EXPECT_TRUE(contains(other.errors, "there is no command \"sing\"; the commands are doctor, list"))
+        << other.errors;
+}
+
+TEST(Program, what_is_too_long_for_a_descriptor_is_refused_and_not_read) {
+    const std::string too_long = "it is too long: a report descriptor has at most 4096 bytes";
+    const auto endless = run({"caps", "/dev/zero"});
+    EXPECT_EQ(endless.status, 1);
+    EXPECT_EQ(endless.errors, "headset: /dev/zero: " + too_long + "\n");
+    const TemporaryFile file("");
+    std::filesystem::resize_file(file.path(), 3'000'000'000);  // without blocks on the disk
+    EXPECT_EQ(run({"caps", file.path()}).errors, "headset: " + file.path() + ": " + too_long + "\n");
+    EXPECT_EQ(run_in_shell("decode - 00 </dev/zero").errors, "headset: standard input: " + too_long + "\n");
+}
+
+TEST(Program, caps_answers_a_line_that_is_too_long_and_goes_on) {
+    const auto result = run({"caps", "-"}, std::string(1'000'000, 'A') + "\n" + small);
+    EXPECT_EQ(result.status, 0) << result.errors;
+    const auto lines = json_lines(result.output);
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_EQ(lines[0]["error"]["text"], "it is too long: a report descriptor has at most 4096 bytes");
+    EXPECT_EQ(lines[1]["collections"].size(), 1U);
+}
+
+TEST(Program, standard_input_that_cannot_be_read_is_no_success) {
+    const auto result = run_in_shell("caps - </");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.errors, "headset: standard input: Is a directory\n");
+}
+
+TEST(Program, explain_shows_a_name_that_steers_no_terminal) {
+    const auto bytes = model_descriptor("jabra-link-380c");
+    const TemporaryFile file("R: " + std::to_string(bytes.size()) + " " + jabra +
+                             "\nN: Evil\x1B[2J\xC2\x9B\xFF\nI: 3 0b0e 24c9\n");
+    EXPECT_EQ(run({"explain", file.path()}).output.rfind("Evil?[2J?\xEF\xBF\xBD, 0B0E:24C9", 0), 0U);
+    const TemporaryFile words("R: \x1B[2J");
+    EXPECT_TRUE(contains(run({"caps", words.path()}).errors, "begins with \"?[2J\""));
 }
 
 TEST(Program, the_manual_names_every_command_and_option) {
