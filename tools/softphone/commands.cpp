@@ -202,8 +202,8 @@ void quit(Softphone& softphone, const Words& /*words*/) {
 
 constexpr std::array table{
     Command{"incoming", "CID [silent]", "a call comes in and rings",
-            "With `silent` the call is not to be heard: the headset is left as it is.", incoming},
-    Command{"ringback", "CID", "the far end of an outgoing call rings",
+            "With `silent` the call does not ring, and the headset does not change.", incoming},
+    Command{"ringback", "CID", "the other side of an outgoing call rings",
             "The headset shows that it is in use.", perform<CallStep::ringback>},
     Command{"connect", "CID", "a call is up", "", perform<CallStep::connect>},
     Command{"hold", "CID", "a call is held", "", perform<CallStep::hold>},
@@ -212,66 +212,67 @@ constexpr std::array table{
     Command{"mute", "CID", "a call is muted", "", perform<CallStep::mute>},
     Command{"unmute", "CID", "a call is unmuted", "", perform<CallStep::unmute>},
     Command{"create", "CID [DIRECTION]", "a call is created",
-            "Shows nothing until it rings, rings back or connects. DIRECTION is a number that is passed on.",
+            "The headset shows nothing until the call rings, rings back or connects. DIRECTION is a number for the plug-in.",
             create},
     Command{"sync", "", "sends the softphone's list of calls",
-            "The list replaces all calls that the plug-in knows, as after a start of the plug-in.", sync},
+            "The list replaces all calls that the plug-in knows. Use it after `start`.", sync},
     Command{"calls", "", "shows the calls", "", calls},
     Command{
         "device", "[HEADSET|ID|none [NAME [SERIAL]]]", "chooses the audio device for calls",
-        "Without arguments: shows the audio devices of the headsets. A HEADSET alone chooses the audio device that belongs to it, under the id that a desktop gives it: with "
-        "product and serial number in it. Otherwise ID, NAME and SERIAL are passed on as they are. `none` is no "
-        "device. After a headset was plugged again it has to be chosen again.",
+        "Without arguments it shows the audio devices of the headsets. HEADSET chooses the audio device of this "
+        "headset; its id has the product and the serial number in it, as on a desktop. ID, NAME and SERIAL are "
+        "passed to the plug-in unchanged. `none` means no device. If you unplug a headset and plug it in again, "
+        "choose it again.",
         device},
     Command{"headsets", "", "shows the headsets",
-            "Virtual ones, and real ones with telephony; where there is none, why.", headsets},
-    Command{"dnd", "VALUE", "sets do-not-disturb to a number", "The plug-in logs it, no more.",
+            "Virtual ones, and real ones with telephony. If there is none, it says why.", headsets},
+    Command{"dnd", "VALUE", "sets do-not-disturb to a number", "The plug-in only logs it.",
             do_not_disturb},
     Command{
-        "auto", "on|off", "carries out what the headset asks for, or leaves it to you",
-        "With `on`, as at the start, a request is answered at once: Answer by connect, EndCall and RejectCall by "
-        "end, HoldCall by hold of the connected call, ResumeCall by resume, muteCall by mute, unmuteCall by "
+        "auto", "on|off", "does what the headset asks for, or leaves it to you",
+        "With `on`, the default, a request leads to a command at once: Answer to connect, EndCall and RejectCall "
+        "to end, HoldCall to hold of the connected call, ResumeCall to resume, muteCall to mute, unmuteCall to "
         "unmute.",
         automatic},
-    Command{"stop", "", "stops the plug-in", "The calls go on, and the plug-in is not told of them.", stop},
+    Command{"stop", "", "stops the plug-in", "The calls continue, but the plug-in does not hear of them.", stop},
     Command{"start", "", "starts the plug-in again",
-            "It has forgotten everything: `sync` sends the calls, `device` the audio device.", start},
+            "It has forgotten everything. Send the calls with `sync` and the audio device with `device`.", start},
     Command{"models", "", "shows what can be plugged", "", models},
     Command{
         "plug", "MODEL [SERIAL] [as NAME]", "plugs a virtual headset",
-        "SERIAL replaces the serial number of the model. NAME is how the other commands call the headset; without "
-        "it the name of the model serves.",
+        "SERIAL replaces the serial number of the model. NAME is the name of the headset in other commands; the "
+        "default is the name of the model.",
         plug},
     Command{"unplug", "HEADSET", "unplugs a virtual headset", "", unplug},
     Command{"replug", "HEADSET", "plugs an unplugged headset again",
-            "On the same path, with its indicators dark.", replug},
+            "It has the same path, and its indicators are dark.", replug},
     Command{
         "press", "[HEADSET] KEY", "presses and releases a key",
-        "KEY is a name, such as mute, hook or flash, or PAGE:USAGE in hexadecimal, such as 0B:2F. HEADSET may be "
-        "left out when only one is plugged.",
+        "KEY is a name, such as mute, hook or flash, or PAGE:USAGE in hexadecimal, such as 0B:2F. You can omit "
+        "HEADSET if only one is plugged.",
         press},
-    Command{"key", "[HEADSET] KEY up|down", "moves a key and leaves it so", "As a hook switch is left.", key},
-    Command{"send", "[HEADSET] BYTES", "sends an input report as it stands",
-            "BYTES begin with the report id (0 for a headset without), as in 01:00.", send},
+    Command{"key", "[HEADSET] KEY up|down", "moves a key and leaves it there", "For example a hook switch.", key},
+    Command{"send", "[HEADSET] BYTES", "sends an input report unchanged",
+            "BYTES begin with the report id, such as 01:00. The id is 0 if the headset has no report ids.", send},
     Command{
         "fault", "HEADSET FAULT", "makes a headset misbehave",
         "FAULT is none, open-refused, write-hangs, write-fails, read-fails, read-one-byte, unplug-in-open or "
         "unplug-in-write.",
         fault},
     Command{
-        "expect", "CONDITION...", "waits for something and fails when it does not come",
-        "Waits at most 2 seconds, or MS milliseconds with `within MS` at the end. Requests, reports, notices and "
-        "log lines are taken in their order, each once. What can be expected:",
+        "expect", "CONDITION...", "waits for something, and fails if it does not come",
+        "It waits 2 seconds at most, or MS milliseconds with `within MS` at the end. Requests, reports, notices and "
+        "log lines are taken in their order, each once. The conditions:",
         expect},
     Command{
         "forget", "", "forgets what came and was not expected",
-        "The next `expect action`, `report`, `ready`, `removed`, `log` or `no` looks at what comes from now on.",
+        "The next `expect action`, `report`, `ready`, `removed`, `log` or `no` only looks at what comes from now on.",
         forget},
-    Command{"wait", "MS", "lets milliseconds pass", "", wait},
+    Command{"wait", "MS", "waits for some milliseconds", "", wait},
     Command{"say", "TEXT...", "prints a line", "", say},
-    Command{"log", "[N]", "shows the last lines of the plug-in's log", "20 without a number.", log},
+    Command{"log", "[N]", "shows the last lines of the plug-in's log", "The default is 20 lines.", log},
     Command{"help", "[COMMAND]", "shows the commands, or one of them", "", help},
-    Command{"quit", "", "stops the plug-in and ends the program", "So does the end of the input.", quit},
+    Command{"quit", "", "stops the plug-in and ends the program", "The end of the input does the same.", quit},
 };
 
 const Command& find_command(const std::string& name) {

@@ -3,18 +3,13 @@
 #include <array>
 #include <cstdio>
 
+#include "tools/common/output.h"
+
 namespace softphone {
 namespace {
 
 // Select Graphic Rendition (ECMA-48, 8.3.117), one parameter per colour in the order of the enumeration.
 constexpr std::array renditions{"0", "1", "2", "31", "32", "33", "34", "35", "36"};
-
-void write_line(std::FILE* stream, std::string_view text) {
-    std::fwrite(text.data(), 1, text.size(), stream);
-    std::fputc('\n', stream);
-    // Whoever reads the other end of a pipe waits for this line.
-    std::fflush(stream);
-}
 
 }  // namespace
 
@@ -26,11 +21,14 @@ std::string Style::paint(Colour colour, std::string_view text) const {
 }
 
 void PlainDisplay::line(std::string_view text) {
-    write_line(stdout, text);
+    tools::write_output(text);
+    tools::write_output("\n");
+    // Whoever reads the other end of a pipe waits for this line.
+    tools::flush_output();
 }
 
 void PlainDisplay::error(std::string_view text) {
-    write_line(stderr, text);
+    std::fprintf(stderr, "%.*s\n", static_cast<int>(text.size()), text.data());
 }
 
 }  // namespace softphone

@@ -33,6 +33,7 @@ class Display {
 
 class PlainDisplay final : public Display {
   public:
+    /// Throws tools::WriteError.
     void line(std::string_view text) override;
     void error(std::string_view text) override;
     void refresh(const State& /*state*/) override {}

@@ -1,11 +1,10 @@
-#include <nlohmann/json.hpp>
-
+#include "tools/common/json.h"
 #include "tools/softphone/printers.h"
 
 namespace softphone {
 namespace {
 
-using Json = nlohmann::ordered_json;
+using tools::Json;
 
 Json lit_list(const std::vector<Indicator>& indicators) {
     Json lit = Json::array();
@@ -139,9 +138,7 @@ class JsonPrinter final : public Printer {
     explicit JsonPrinter(Display& display) : display_(display) {}
 
     void print(const Event& event, const HeadsetList& headsets) override {
-        // Text from a device need not be UTF-8, JSON must be.
-        display_.line(
-            std::visit(ToJson{headsets}, event).dump(-1, ' ', false, Json::error_handler_t::replace));
+        display_.line(tools::to_text(std::visit(ToJson{headsets}, event)));
     }
 
   private:

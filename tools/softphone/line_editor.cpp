@@ -6,12 +6,24 @@
 #include <editline/readline.h>
 #include <utility>
 
+#include "tools/softphone/history.h"
 #include "tools/softphone/split_screen.h"
 
 namespace softphone {
 namespace {
 
 constexpr int control_l = 0x0C;
+constexpr int kept_lines = 1000;
+
+void read_kept_history() {
+    if (const auto file = history_file(); !file.empty())
+        read_history(file.c_str());
+}
+
+void keep_history() {
+    if (const auto file = history_file(); !file.empty() && make_private_folder(file))
+        write_history(file.c_str());
+}
 
 LineEditor* g_editor = nullptr;
 
@@ -27,6 +39,8 @@ LineEditor::LineEditor(const char* prompt, LineTaker take_line, Completer comple
     rl_readline_name = "softphone";
     rl_initialize();
     using_history();
+    stifle_history(kept_lines);
+    read_kept_history();
     rl_attempted_completion_function = completions;
     rl_add_defun("softphone-redraw", redraw_key, control_l);
     install();
@@ -34,6 +48,7 @@ LineEditor::LineEditor(const char* prompt, LineTaker take_line, Completer comple
 
 LineEditor::~LineEditor() {
     rl_callback_handler_remove();
+    keep_history();
     g_editor = nullptr;
 }
 

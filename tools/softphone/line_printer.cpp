@@ -163,6 +163,8 @@ std::string padded(std::string_view text, std::size_t width) {
     return std::string(text) + std::string(std::max(width, text.size() + 2) - text.size(), ' ');
 }
 
+/// Texts come from devices, from the plug-in's log and from files: they are made printable here, where lines are
+/// put together.
 class LinePrinter : public Printer {
   public:
     LinePrinter(Display& display, Style style) : display_(display), style_(style) {}
@@ -171,7 +173,7 @@ class LinePrinter : public Printer {
         if (const auto* error = std::get_if<CommandFailed>(&event))
             print_error(*error);
         else if (const auto* text = std::get_if<Text>(&event))
-            display_.line(text->text);
+            display_.line(printable(text->text));
         else if (const auto* said = std::get_if<Said>(&event))
             print_said(*said);
         else if (const auto* command = std::get_if<CommandGiven>(&event))
@@ -191,7 +193,7 @@ class LinePrinter : public Printer {
   private:
     void print_error(const CommandFailed& error) {
         const std::string place = error.place.empty() ? "" : error.place + ": ";
-        display_.error(style_.paint(Colour::red, place + error.text));
+        display_.error(style_.paint(Colour::red, printable(place + error.text)));
     }
 };
 
@@ -202,11 +204,14 @@ class PlainPrinter final : public LinePrinter {
   private:
     static constexpr std::size_t label_width = 11;
 
-    void print_said(const Said& said) override { display_.line(style_.paint(Colour::bold, said.text)); }
+    void print_said(const Said& said) override {
+        display_.line(style_.paint(Colour::bold, printable(said.text)));
+    }
     // The user has just typed it, or it stands in the script.
     void print_command(const CommandGiven& /*command*/) override {}
     void print_line(const Line& line) override {
-        display_.line(style_.paint(line.kind.colour, padded(line.kind.label, label_width)) + line.text);
+        display_.line(style_.paint(line.kind.colour, padded(line.kind.label, label_width)) +
+                      printable(line.text));
     }
 };
 
@@ -219,17 +224,17 @@ class StoryPrinter final : public LinePrinter {
 
     void print_said(const Said& said) override {
         display_.line("");
-        display_.line(style_.paint(Colour::bold, said.text));
+        display_.line(style_.paint(Colour::bold, printable(said.text)));
     }
     void print_command(const CommandGiven& command) override {
         // These two show themselves, by what they say and by what they found.
         if (command.name != "say" && command.name != "expect")
-            display_.line("  $ " + command.line);
+            display_.line("  $ " + printable(command.line));
     }
     void print_line(const Line& line) override {
         if (!line.kind.in_story.empty())
             display_.line("      " + style_.paint(line.kind.colour, padded(line.kind.in_story, label_width)) +
-                          line.text);
+                          printable(line.text));
     }
 };
 

@@ -1,9 +1,9 @@
 #include <clocale>
-#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <unistd.h>
 
+#include "tools/common/output.h"
 #include "tools/softphone/commands.h"
 #include "tools/softphone/options.h"
 #include "tools/softphone/softphone.h"
@@ -64,8 +64,7 @@ int run(const Options& options) {
 }
 
 int fail(int status, const std::exception& error) {
-    std::fprintf(stderr, "softphone: %s\n", error.what());
-    return status;
+    return tools::fail("softphone", status, error);
 }
 
 }  // namespace

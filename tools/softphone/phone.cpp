@@ -9,12 +9,13 @@ namespace {
 struct StepRow {
     CallStep step;
     void (*change)(Call& call);
+    bool needs_call = true;  ///< the others begin a call that is not known
 };
 
 // One row per step, in the order of the enumeration.
 constexpr std::array steps{
-    StepRow{CallStep::ringback, [](Call& call) { call.phase = CallPhase::ringback; }},
-    StepRow{CallStep::connect, [](Call& call) { call.phase = CallPhase::connected; }},
+    StepRow{CallStep::ringback, [](Call& call) { call.phase = CallPhase::ringback; }, false},
+    StepRow{CallStep::connect, [](Call& call) { call.phase = CallPhase::connected; }, false},
     StepRow{CallStep::hold, [](Call& call) { call.phase = CallPhase::held; }},
     StepRow{CallStep::resume, [](Call& call) { call.phase = CallPhase::connected; }},
     StepRow{CallStep::end, [](Call& call) { call.phase = CallPhase::ended; }},
@@ -38,7 +39,10 @@ void Phone::incoming(const std::string& cid, bool ringing) {
 }
 
 void Phone::perform(CallStep step, const std::string& cid) {
-    change(cid, steps.at(static_cast<std::size_t>(step)).change);
+    const StepRow& row = steps.at(static_cast<std::size_t>(step));
+    if (row.needs_call && !calls_.find(cid))
+        throw CommandError("there is no call " + quoted(cid) + "; see calls");
+    change(cid, row.change);
     host_.report(step, cid);
 }
 

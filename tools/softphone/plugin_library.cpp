@@ -97,6 +97,13 @@ std::string PluginLibrary::why_no_headset() const {
                        : platform::to_utf8(hid_error_(nullptr));
 }
 
+std::string given_library_path(const std::string& name) {
+    std::error_code error;
+    const bool is_here = !name.empty() && name.find('/') == std::string::npos &&
+                         std::filesystem::exists(name, error);
+    return is_here ? "./" + name : name;
+}
+
 std::string virtual_library_path() {
     return library_path(SOFTPHONE_VIRTUAL_LIBRARY);
 }

@@ -72,6 +72,10 @@ class PluginLibrary {
     decltype(&hid_error) hid_error_;
 };
 
+/// The library that a user names: a file of the current folder, where it has one of that name. The system's loader
+/// looks there only for names with a slash.
+std::string given_library_path(const std::string& name);
+
 /// Where a plug-in library is looked for without a path: in the library folder that belongs to the program's,
 /// as a build and an installation have it, else by its name where the system's loader looks.
 std::string virtual_library_path();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 
 namespace softphone {
 namespace {
@@ -42,6 +43,10 @@ VirtualHeadsets::~VirtualHeadsets() {
 }
 
 int VirtualHeadsets::plug(const std::string& model, const std::optional<std::string>& serial) {
+    Words names;
+    std::ranges::transform(models(), std::back_inserter(names), &ModelListed::name);
+    if (std::ranges::count(names, model) == 0)
+        throw CommandError("there is no model " + quoted(model) + "; there are " + join(names));
     const int headset = api().plug(model.c_str(), serial ? serial->c_str() : nullptr);
     check(headset);
     return headset;

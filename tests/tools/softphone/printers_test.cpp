@@ -41,6 +41,40 @@ TEST_F(PrinterTest, a_report_is_shown_in_bytes_and_in_words) {
     EXPECT_EQ(object["lit"], nlohmann::json::array({"off-hook"}));
 }
 
+TEST_F(PrinterTest, texts_from_outside_steer_no_terminal) {
+    const std::string evil = "\x1B[2J\xC2\x9B\n\xFF";
+    const std::string shown = "?[2J??\xEF\xBF\xBD";
+    Headset headset;
+    headset.product = evil;
+    const Event events[] = {LogLine{evil},
+                            HeadsetReady{{"", 1, 2, "V", evil, "A1"}},
+                            HeadsetRemoved{{"", 1, 2, "V", "N", evil}},
+                            Plugged{1, evil, "A1", {}},
+                            DeviceListed{"jabra", evil, "", ""},
+                            HeadsetListed{headset},
+                            Said{evil},
+                            Text{evil},
+                            CallListed{{.cid = evil}},
+                            HostResult{evil},
+                            ExpectationChecked{false, evil, evil, evil},
+                            CommandFailed{evil, ""}};
+    for (const auto& event : events)
+        for (const auto make : {make_plain_printer, make_story_printer}) {
+            std::string text;
+            display = {};
+            make(display, Style())->print(event, headsets);
+            for (const auto& line : display.lines)
+                text += line;
+            for (const auto& line : display.errors)
+                text += line;
+            EXPECT_NE(text.find(shown), std::string::npos) << event.index() << ": " << text;
+            EXPECT_EQ(text.find_first_of("\x1B\n\xFF"), std::string::npos) << event.index();
+        }
+    EXPECT_EQ(json(LogLine{evil})["line"], "\x1B[2J\xC2\x9B\n\xEF\xBF\xBD");
+    EXPECT_EQ(lines(*make_json_printer(display), LogLine{evil}).at(0).find("\xC2\x9B"), std::string::npos);
+    EXPECT_NE(story(CommandGiven{"plug", evil}).at(0).find(shown), std::string::npos);
+}
+
 TEST_F(PrinterTest, a_call_to_the_plug_in_is_shown_as_it_is_made) {
     const HostCall call{"incomingCall", {"", "42", true}};
     EXPECT_EQ(plain(call), Lines{"host       incomingCall(\"\", \"42\", true)"});

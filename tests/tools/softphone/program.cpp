@@ -38,7 +38,7 @@ std::string without_panel(std::string output) {
 }  // namespace
 
 TerminalProgram::TerminalProgram(const std::vector<std::string>& arguments, unsigned short rows,
-                                 unsigned short columns) {
+                                 unsigned short columns, const std::string& state_folder) {
     const winsize size{rows, columns, 0, 0};
     EXPECT_EQ(openpty(&terminal_, &other_side_, nullptr, nullptr, &size), 0);
     for (const int descriptor : {terminal_, other_side_})
@@ -47,6 +47,7 @@ TerminalProgram::TerminalProgram(const std::vector<std::string>& arguments, unsi
     if (child_ == 0) {
         setenv("TERM", "xterm", 1);
         setenv("NO_COLOR", "1", 1);
+        setenv("XDG_STATE_HOME", state_folder.c_str(), 1);
         login_tty(dup(other_side_));
         test_support::become_program(SOFTPHONE_PROGRAM, arguments);
     }

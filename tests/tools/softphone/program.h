@@ -21,8 +21,9 @@ inline ProgramResult run_program(const std::vector<std::string>& arguments, cons
 /// The program on a terminal of its own.
 class TerminalProgram {
   public:
+    /// \param state_folder  XDG_STATE_HOME, by default one that cannot be made
     explicit TerminalProgram(const std::vector<std::string>& arguments, unsigned short rows = 30,
-                             unsigned short columns = 100);
+                             unsigned short columns = 100, const std::string& state_folder = "/dev/null/none");
     ~TerminalProgram();
     TerminalProgram(const TerminalProgram&) = delete;
     TerminalProgram& operator=(const TerminalProgram&) = delete;

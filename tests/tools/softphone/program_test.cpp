@@ -2,6 +2,7 @@
 #include "tests/tools/softphone/program.h"
 
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -115,6 +116,31 @@ TEST(Program, takes_virtual_headsets_from_a_library_beside_the_plug_in) {
     EXPECT_TRUE(contains(missing.errors, "orvex_virtual_model")) << missing.errors;
 }
 
+TEST(Program, a_library_without_a_slash_may_be_in_the_current_folder) {
+    const std::string in_folder =
+        std::string("cd \"$(dirname \"$0\")\" && exec ") + SOFTPHONE_PROGRAM + " ";
+    const auto run_there = [&](const std::string& arguments) {
+        return test_support::run_program("/bin/sh", {"-c", in_folder + arguments, ORVEX_VIRTUAL_LIBRARY}, "models\n");
+    };
+    const std::string name = std::filesystem::path(ORVEX_VIRTUAL_LIBRARY).filename();
+    const auto library = run_there("--library " + name);
+    EXPECT_EQ(library.status, 0) << library.errors;
+    EXPECT_TRUE(contains(library.output, "jabra-link-380c"));
+    const auto headsets = run_there("--real --headsets " + name);
+    EXPECT_EQ(headsets.status, 0) << headsets.errors;
+}
+
+TEST(Program, a_full_disk_is_status_71_in_words) {
+    const std::string program = std::string("exec ") + SOFTPHONE_PROGRAM + " ";
+    for (const char* arguments : {"--library \"$0\"", "--library \"$0\" --json", "--help", "--version"}) {
+        const auto result = test_support::run_program(
+            "/bin/sh", {"-c", program + arguments + " >/dev/full", ORVEX_VIRTUAL_LIBRARY}, "calls\n");
+        EXPECT_EQ(result.status, 71) << arguments;
+        EXPECT_EQ(result.errors, "softphone: cannot write to standard output: No space left on device\n")
+            << arguments;
+    }
+}
+
 TEST(Program, a_failed_expectation_is_status_1_and_does_not_end_the_script) {
     const auto result = run_commands("expect ready within 0\nsay after\n");
     EXPECT_EQ(result.status, 1);
@@ -134,7 +160,12 @@ TEST(Program, mistakes_are_explained) {
     const std::pair<const char*, const char*> mistakes[] = {
         {"connect", "usage: connect CID"},
         {"auto perhaps", "usage: auto on|off"},
-        {"plug no-such-model", "there is no model"},
+        {"plug no-such-model", "there is no model \"no-such-model\"; there are anker-powerconf "},
+        {"mute 42", "there is no call \"42\"; see calls"},
+        {"unmute 42", "there is no call \"42\"; see calls"},
+        {"hold 42", "there is no call \"42\"; see calls"},
+        {"resume 42", "there is no call \"42\"; see calls"},
+        {"end 42", "there is no call \"42\"; see calls"},
         {"press mute", "no headset is plugged"},
         {"unplug jabra", "there is no headset \"jabra\""},
         {"wait soon", "\"soon\" is not a number of milliseconds"},

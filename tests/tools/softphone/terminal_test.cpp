@@ -1,9 +1,15 @@
 // The program at a terminal: editing, completion, the panel, and the terminal as it is left behind.
 #include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include "tests/tools/softphone/program.h"
+#include "tools/softphone/history.h"
 
 namespace softphone {
 namespace {
@@ -144,6 +150,70 @@ TEST_F(TerminalTest, it_is_suspended_and_goes_on) {
     EXPECT_TRUE(program.shows(rest_of_screen_scrolls));
     EXPECT_TRUE(program.shows("softphone> say ha"));
     EXPECT_FALSE(program.in_line_mode());
+}
+
+/// Runs the program with a state folder until it has ended.
+void run_with_state(const std::string& folder, const std::string& typed, const std::string& shown) {
+    TerminalProgram program({"--library", ORVEX_VIRTUAL_LIBRARY}, 30, 100, folder);
+    ASSERT_TRUE(program.shows(prompt));
+    program.type(typed);
+    EXPECT_TRUE(program.shows(shown));
+    program.type("quit\r");
+    EXPECT_EQ(program.wait_for_end(), 0);
+}
+
+class HistoryTest : public testing::Test {
+  protected:
+    void TearDown() override { std::filesystem::remove_all(base_); }
+
+    std::filesystem::perms mode(const std::filesystem::path& path) const {
+        return std::filesystem::status(path).permissions();
+    }
+
+    const std::filesystem::path base_ =
+        testing::TempDir() + "orvex-state-" + std::to_string(::getpid());
+    const std::filesystem::path folder_ = base_ / "state";
+    const std::filesystem::path file_ = folder_ / "softphone/history";
+};
+
+TEST_F(HistoryTest, is_kept_between_runs_for_this_user_alone) {
+    run_with_state(folder_, "say hello\r", "\r\nhello");
+    using std::filesystem::perms;
+    EXPECT_EQ(mode(folder_), perms::owner_all);
+    EXPECT_EQ(mode(folder_ / "softphone"), perms::owner_all);
+    EXPECT_EQ(mode(file_), perms::owner_read | perms::owner_write);
+    // The last line is "quit", the one before it "say hello".
+    run_with_state(folder_, "\x1b[A\x1b[A\r", "\r\nhello");
+}
+
+TEST_F(HistoryTest, is_not_kept_where_the_folder_cannot_be_made) {
+    std::filesystem::create_directories(base_);
+    std::ofstream(base_ / "file") << "";
+    run_with_state(base_ / "file/state", "say hello\r", "\r\nhello");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(base_), {}), 1);
+}
+
+TEST_F(HistoryTest, is_not_kept_of_scripts) {
+    setenv("XDG_STATE_HOME", folder_.c_str(), 1);
+    EXPECT_EQ(run_program({"--library", ORVEX_VIRTUAL_LIBRARY}, "say hello\n").status, 0);
+    unsetenv("XDG_STATE_HOME");
+    EXPECT_FALSE(std::filesystem::exists(folder_));
+}
+
+TEST(HistoryFile, is_where_the_xdg_directories_have_it) {
+    const auto with = [](const char* state, const char* home) {
+        const std::pair<const char*, const char*> variables[] = {{"XDG_STATE_HOME", state}, {"HOME", home}};
+        for (const auto& [name, value] : variables)
+            value ? setenv(name, value, 1) : unsetenv(name);
+        return history_file().string();
+    };
+    const std::string home = std::getenv("HOME") ? std::getenv("HOME") : "";
+    EXPECT_EQ(with("/state", "/home/me"), "/state/softphone/history");
+    EXPECT_EQ(with(nullptr, "/home/me"), "/home/me/.local/state/softphone/history");
+    EXPECT_EQ(with("", "/home/me"), "/home/me/.local/state/softphone/history");
+    EXPECT_EQ(with("not/absolute", "/home/me"), "/home/me/.local/state/softphone/history");
+    EXPECT_EQ(with(nullptr, nullptr), "");
+    with(nullptr, home.c_str());
 }
 
 TEST(PlainTerminal, has_a_prompt_and_no_panel) {
