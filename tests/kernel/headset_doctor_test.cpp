@@ -144,7 +144,7 @@ TEST_F(HeadsetDoctor, finds_what_switches_the_mute_indicator_beside_the_plugin) 
     EXPECT_EQ(run_shell("echo kbd-capslock | tee " + triggers).status, 0);
     const Diagnosis found;
     EXPECT_EQ(found.names(), (Names{root, "desktop mute indicator"}));
-    EXPECT_TRUE(found.text("desktop mute indicator").ends_with("::mute by its trigger kbd-capslock"));
+    EXPECT_TRUE(found.text("desktop mute indicator").ends_with("::mute with its trigger kbd-capslock"));
     EXPECT_TRUE(found.calls_work());
     do_remedy(found.remedy("desktop mute indicator"));
     EXPECT_EQ(Diagnosis().names(), Names{root});
@@ -185,7 +185,7 @@ TEST_F(HeadsetDoctorOfOrdinaryUser, leads_from_a_refusal_to_a_headset_that_works
     EXPECT_FALSE(refused.calls_work());
     EXPECT_EQ(refused.text("permission"), "this user cannot open " + node + ": Permission denied");
     const std::string remedy = refused.remedy("permission");
-    const std::string beginning = "install the udev rules, and plug the headset in anew: ";
+    const std::string beginning = "install the udev rules, unplug the headset and plug it in again: ";
     ASSERT_TRUE(remedy.starts_with(beginning)) << remedy;
     EXPECT_NE(remedy.find(installed_rules), std::string::npos) << remedy;
     const UdevRulesFile rules(installed_rules);
@@ -194,7 +194,7 @@ TEST_F(HeadsetDoctorOfOrdinaryUser, leads_from_a_refusal_to_a_headset_that_works
     const Diagnosis with_rules = diagnose_as_user();
     EXPECT_EQ(with_rules.names(), Names{"permission"});
     EXPECT_EQ(with_rules.remedy("permission"),
-              std::string("plug the headset in anew: ") + installed_rules + " came after it");
+              std::string("unplug the headset and plug it in again: ") + installed_rules + " was installed later");
 
     replug(headset);
     const Diagnosis cured = diagnose_as_user();
@@ -250,7 +250,7 @@ TEST_F(HeadsetDoctorWithoutUdev, says_that_nothing_applies_rules) {
     EXPECT_EQ(of_user.names(), (Names{"udev daemon", "permission"}));
     EXPECT_FALSE(of_user.calls_work());
     EXPECT_EQ(of_user.remedy("permission"),
-              "give this user access to the node by other means than udev rules, which nothing applies here");
+              "give this user access to the node without udev rules: nothing applies them here");
 }
 
 }  // namespace

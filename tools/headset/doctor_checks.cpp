@@ -57,7 +57,7 @@ constexpr Check<Machine> machine_rows[] = {
      }},
     {Severity::note, "root",
      [](const Machine& machine) {
-         return text_if(machine.is_root, "root may open every headset, which says nothing about other users");
+         return text_if(machine.is_root, "root may open every headset, so this says nothing about other users");
      },
      [](const Machine&) -> std::string { return "run this as the user who makes the calls"; }},
     {Severity::error, "headset",
@@ -90,20 +90,20 @@ std::string installation(const Headset& headset) {
     const bool has_sound = headset.state.has_sound;
     const auto source =
         is_in_rules_file(vendor_id, has_sound) ? "headset udev-rules" : "echo '" + udev_rule(vendor_id) + "'";
-    return "install the udev rules, and plug the headset in anew: " + source +
+    return "install the udev rules, unplug the headset and plug it in again: " + source +
            " | sudo tee /etc/udev/rules.d/" + rules_file_for(vendor_id, has_sound) +
            " && sudo udevadm control --reload";
 }
 
 std::string rules_remedy(const Headset& headset) {
     if (!headset.has_udev_daemon)
-        return "give this user access to the node by other means than udev rules, which nothing applies here";
+        return "give this user access to the node without udev rules: nothing applies them here";
     if (!headset.rules)
         return installation(headset);
     if (headset.state.rules_ran && *headset.state.rules_ran < headset.rules->installed)
-        return "plug the headset in anew: " + headset.rules->path + " came after it";
+        return "unplug the headset and plug it in again: " + headset.rules->path + " was installed later";
     return "log in at the seat: " + headset.rules->path +
-           " gives access to whoever sits there, not over ssh and not to services; for these, give the "
+           " gives access to the person who sits there, not over ssh and not to services; for these, give the "
            "node to a group";
 }
 
@@ -116,17 +116,17 @@ constexpr OpenRemedy open_remedies[] = {
     {EACCES, rules_remedy},
     {EPERM,
      [](const Headset&) -> std::string {
-         return "let the container or sandbox have the device: its device cgroup withholds it";
+         return "give the container or sandbox access to the device: its device cgroup denies it";
      }},
     {ENOENT,
      [](const Headset& headset) {
-         return "let the container or sandbox have the node: bind " + headset.node.path + ", or all of /dev";
+         return "give the container or sandbox the node: bind " + headset.node.path + ", or all of /dev";
      }},
 };
 
 std::string permission_remedy(const Headset& headset) {
     const auto* const found = std::ranges::find(open_remedies, headset.state.open_error, &OpenRemedy::error);
-    return found == std::end(open_remedies) ? "plug the headset in anew" : found->remedy(headset);
+    return found == std::end(open_remedies) ? "unplug the headset and plug it in again" : found->remedy(headset);
 }
 
 std::string telephony_problem(const Headset& headset) {
@@ -158,21 +158,21 @@ std::string holders_problem(const Headset& headset) {
                 [](const Process& process) {
                     return tools::printable(process.name) + " (process " + std::to_string(process.id) + ")";
                 }) +
-           "; any but the calling client may switch its indicators, and act on its keys";
+           "; if they are not the calling client, they may switch its indicators and act on its keys";
 }
 
 std::string desktop_key_problem(const Headset& headset) {
     const auto& inputs = headset.state.mute_inputs;
     return inputs.empty() ? ""
-                          : "the desktop has the mute key, too, by " + join(inputs, [](const auto& name) {
+                          : "the desktop also gets the mute key, from " + join(inputs, [](const auto& name) {
                                 return name;
-                            }) + ": it may mute the microphone at the same press";
+                            }) + ": it may mute the microphone when you press the key";
 }
 
 std::string desktop_key_remedy(const Headset& headset) {
     const auto& info = headset.info();
-    return "take the mute key from the desktop's shortcuts; or keep the desktop from all of the headset's keys "
-           "by a udev rule: SUBSYSTEM==\"input\", KERNELS==\"0003:" +
+    return "remove the mute key from the desktop's shortcuts; or hide all keys of the headset from the desktop "
+           "with a udev rule: SUBSYSTEM==\"input\", KERNELS==\"0003:" +
            device_ids(info) + ".*\", ENV{LIBINPUT_IGNORE_DEVICE}=\"1\"";
 }
 
@@ -187,8 +187,8 @@ std::string desktop_led_problem(const Headset& headset) {
     const auto leds = switched_leds(headset);
     return leds.empty()
                ? ""
-               : "the kernel switches the mute indicator, too: " + join(leds, [](const SystemLed& led) {
-                     return led.name + " by its trigger " + led.trigger;
+               : "the kernel also switches the mute indicator: " + join(leds, [](const SystemLed& led) {
+                     return led.name + " with its trigger " + led.trigger;
                  });
 }
 
@@ -207,20 +207,20 @@ constexpr Check<Headset> headset_rows[] = {
     {Severity::error, "own headset",
      [](const Headset& headset) {
          return text_if(is_refused_by(headset, AdmissionRule::own_headset),
-                        "the plug-in leaves it to the client, which serves the headsets of its maker itself");
+                        "the plug-in does not use it: the client handles the headsets of its maker itself");
      },
      [](const Headset&) -> std::string { return "look for it in the settings of the client"; }},
     {Severity::error, "serial",
      [](const Headset& headset) {
          return text_if(is_refused_by(headset, AdmissionRule::serial),
-                        "it states no serial number, so the plug-in does not let it in");
+                        "it has no serial number, so the plug-in does not use it");
      },
      [](const Headset&) -> std::string { return "look for new firmware, or use another headset"; }},
     {Severity::error, "permission", permission_problem, permission_remedy},
     {Severity::error, "telephony", telephony_problem,
      [](const Headset&) -> std::string {
-         return "use a headset with call control; some have it only when they are set to it, or with their "
-                "own dongle";
+         return "use a headset with call control; some have it only after you switch it on, or with their own "
+                "dongle";
      }},
     {Severity::error, "driver",
      [](const Headset& headset) {
@@ -228,10 +228,10 @@ constexpr Check<Headset> headset_rows[] = {
                         "the plug-in has no driver for its vendor, so nothing works: it neither lights nor reads the "
                         "headset");
      },
-     [](const Headset&) -> std::string { return "use a headset of a vendor that the plug-in serves"; }},
+     [](const Headset&) -> std::string { return "use a headset of a vendor that the plug-in has a driver for"; }},
     {Severity::error, "indicators", indicators_problem,
      [](const Headset& headset) {
-         return "use another headset; \"headset explain " + headset.node.path + "\" tells what this one has";
+         return "use another headset; \"headset explain " + headset.node.path + "\" shows what this one has";
      }},
     {Severity::warning, "mute key",
      [](const Headset& headset) {

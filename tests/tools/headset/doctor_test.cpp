@@ -74,13 +74,13 @@ TEST_F(Doctor, the_whole_text_of_a_finding) {
     system_.plug({.serial = {}});
     EXPECT_EQ(to_text(diagnose(system_)),
               "error, serial: Jabra Link 380c (/dev/hidraw0)\n"
-              "  it states no serial number, so the plug-in does not let it in\n"
+              "  it has no serial number, so the plug-in does not use it\n"
               "  Remedy: look for new firmware, or use another headset\n"
               "\n"
               "Calls will not work.\n");
     EXPECT_EQ(to_line(to_json(diagnose(system_))["findings"]),
               "[{\"severity\":\"error\",\"name\":\"serial\",\"headset\":\"Jabra Link 380c "
-              "(/dev/hidraw0)\",\"text\":\"it states no serial number, so the plug-in does not let it in\","
+              "(/dev/hidraw0)\",\"text\":\"it has no serial number, so the plug-in does not use it\","
               "\"remedy\":\"look for new firmware, or use another headset\"}]\n");
 }
 
@@ -162,7 +162,7 @@ TEST_F(Doctor, no_permission_for_a_sound_card_without_rules_and_with_them) {
 TEST_F(Doctor, no_permission_because_the_rules_came_after_the_node) {
     plug_refused();
     system_.rules = RulesFile{"/etc/x.rules", udev_rules(), boot + hours{2}};
-    EXPECT_EQ(finding("permission").remedy, "plug the headset in anew: /etc/x.rules came after it");
+    EXPECT_EQ(finding("permission").remedy, "unplug the headset and plug it in again: /etc/x.rules was installed later");
 }
 
 TEST_F(Doctor, no_permission_although_the_rules_ran) {
@@ -175,12 +175,12 @@ TEST_F(Doctor, no_permission_and_nothing_that_applies_rules) {
     plug_refused();
     system_.rules = RulesFile{"/etc/x.rules", udev_rules(), boot};
     system_.has_udev_daemon = false;
-    EXPECT_TRUE(contains(finding("permission").remedy, "by other means than udev rules"));
+    EXPECT_TRUE(contains(finding("permission").remedy, "without udev rules"));
 }
 
 TEST_F(Doctor, what_a_container_withholds_needs_no_rules) {
     const std::pair<int, const char*> rows[] = {
-        {EPERM, "device cgroup"}, {ENOENT, "bind /dev/hidraw"}, {EIO, "plug the headset in anew"}};
+        {EPERM, "device cgroup"}, {ENOENT, "bind /dev/hidraw"}, {EIO, "unplug the headset and plug it in again"}};
     for (const auto& [error, remedy] : rows) {
         DescribedSystem system;
         system.plug({.state = {.open_error = error}});
@@ -287,7 +287,7 @@ TEST_F(Doctor, the_desktop_has_the_mute_key_too) {
 TEST_F(Doctor, the_kernel_switches_the_mute_indicator_too) {
     system_.plug({.state = {.mute_leds = {{"input5::mute", "audio-mute"}, {"input6::mute", "none"}}}});
     expect_only("desktop mute indicator", Severity::warning);
-    EXPECT_TRUE(contains(finding("desktop mute indicator").text, "input5::mute by its trigger audio-mute"));
+    EXPECT_TRUE(contains(finding("desktop mute indicator").text, "input5::mute with its trigger audio-mute"));
     EXPECT_EQ(finding("desktop mute indicator").remedy,
               "echo none | sudo tee /sys/class/leds/input5::mute/trigger");
 }
