@@ -193,8 +193,8 @@ TEST_F(HeadsetDoctorOfOrdinaryUser, leads_from_a_refusal_to_a_headset_that_works
     do_remedy(remedy.substr(beginning.size()));
     const Diagnosis with_rules = diagnose_as_user();
     EXPECT_EQ(with_rules.names(), Names{"permission"});
-    EXPECT_EQ(with_rules.remedy("permission"),
-              std::string("unplug the headset and plug it in again: ") + installed_rules + " was installed later");
+    EXPECT_EQ(with_rules.remedy("permission"), std::string("unplug the headset and plug it in again: ") +
+                                                   installed_rules + " was installed later");
 
     replug(headset);
     const Diagnosis cured = diagnose_as_user();

@@ -15,11 +15,10 @@ struct Characters {
     wchar_t first, last;
 };
 
-// C0, delete and C1 (ISO/IEC 6429); line and paragraph separators, and the characters that change the direction
-// of writing (Unicode 15, sections 23.2 and 23.3).
+// C0, delete and C1 (ISO/IEC 6429); line and paragraph separators, and the characters that change the
+// direction of writing (Unicode 15, sections 23.2 and 23.3).
 constexpr Characters steering[] = {
-    {0x00, 0x1F},     {0x7F, 0x9F},     {0x061C, 0x061C}, {0x200E, 0x200F},
-    {0x2028, 0x202E}, {0x2066, 0x2069},
+    {0x00, 0x1F}, {0x7F, 0x9F}, {0x061C, 0x061C}, {0x200E, 0x200F}, {0x2028, 0x202E}, {0x2066, 0x2069},
 };
 
 bool steers(wchar_t character) {

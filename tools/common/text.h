@@ -46,8 +46,8 @@ std::string printable(std::string_view text);
 /// \param json  JSON without white space between its tokens
 std::string printable_json(std::string_view json);
 
-/// The name that is most like a word that was mistyped: one that begins with the word, or that differs from it
-/// by two letters at most. Nothing where no name is like it.
+/// The name that is most like a word that was mistyped: one that begins with the word, or that differs from
+/// it by two letters at most. Nothing where no name is like it.
 std::optional<std::string> nearest(std::string_view word, std::span<const std::string> names);
 
 }  // namespace tools

@@ -25,16 +25,16 @@ struct Descriptor {
 
 /// A descriptor in one of these forms, which is told by the content: a recording of hid-recorder (lines `N:`,
 /// `I:` and `R:`), the output of usbhid-dump (a header line with `:DESCRIPTOR`), hexadecimal text, or the
-/// bytes themselves. Of several devices or interfaces it is the first. A recording and a dump may be longer than
-/// `most_text`: their reports follow the descriptor. Throws Refused.
+/// bytes themselves. Of several devices or interfaces it is the first. A recording and a dump may be longer
+/// than `most_text`: their reports follow the descriptor. Throws Refused.
 Descriptor read_descriptor(std::string_view content);
 
 /// Whether an argument is `-` or names a file.
 bool names_file(const std::string& argument);
 
-/// The descriptor that an argument names: `-` for what `input` holds, a file, else hexadecimal text. Reads little
-/// more than `most_text` of them. Throws UsageError for an argument that is none of them, or a file that cannot be
-/// read, and Refused, with the file's name.
+/// The descriptor that an argument names: `-` for what `input` holds, a file, else hexadecimal text. Reads
+/// little more than `most_text` of them. Throws UsageError for an argument that is none of them, or a file
+/// that cannot be read, and Refused, with the file's name.
 Descriptor load_descriptor(const std::string& argument, std::istream& input);
 
 }  // namespace headset

@@ -86,8 +86,7 @@ std::string summary(const CheckedHeadset& headset) {
     Table table;
     for (const auto support : {Support::works, Support::not_used, Support::not_there}) {
         auto functions = headset.functions;
-        std::erase_if(functions,
-                      [&](const CallFunction& function) { return function.support != support; });
+        std::erase_if(functions, [&](const CallFunction& function) { return function.support != support; });
         if (!functions.empty())
             table.add({to_string(support), join(functions, [](const CallFunction& function) {
                            return std::string(function.name);
@@ -108,7 +107,8 @@ Json to_json(const CallFunction& function) {
     Json controls = Json::array();
     for (const Usage usage : function.controls)
         controls.push_back(usage_label(usage));
-    return {{"name", function.name}, {"support", to_string(function.support)}, {"controls", std::move(controls)}};
+    return {
+        {"name", function.name}, {"support", to_string(function.support)}, {"controls", std::move(controls)}};
 }
 
 Json to_json(const CheckedHeadset& headset) {
@@ -136,8 +136,8 @@ Diagnosis diagnose(System& system) {
     apply(machine_checks(), machine, "", diagnosis.findings);
     for (const auto& headset : headsets) {
         const bool is_well = apply(headset_checks(), headset, headset.label(), diagnosis.findings);
-        diagnosis.headsets.push_back({headset.node.path, device_name(headset.info()), is_well,
-                                      headset.explanation.functions});
+        diagnosis.headsets.push_back(
+            {headset.node.path, device_name(headset.info()), is_well, headset.explanation.functions});
     }
     return diagnosis;
 }

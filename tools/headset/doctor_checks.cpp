@@ -57,7 +57,8 @@ constexpr Check<Machine> machine_rows[] = {
      }},
     {Severity::note, "root",
      [](const Machine& machine) {
-         return text_if(machine.is_root, "root may open every headset, so this says nothing about other users");
+         return text_if(machine.is_root,
+                        "root may open every headset, so this says nothing about other users");
      },
      [](const Machine&) -> std::string { return "run this as the user who makes the calls"; }},
     {Severity::error, "headset",
@@ -126,7 +127,8 @@ constexpr OpenRemedy open_remedies[] = {
 
 std::string permission_remedy(const Headset& headset) {
     const auto* const found = std::ranges::find(open_remedies, headset.state.open_error, &OpenRemedy::error);
-    return found == std::end(open_remedies) ? "unplug the headset and plug it in again" : found->remedy(headset);
+    return found == std::end(open_remedies) ? "unplug the headset and plug it in again"
+                                            : found->remedy(headset);
 }
 
 std::string telephony_problem(const Headset& headset) {
@@ -224,11 +226,14 @@ constexpr Check<Headset> headset_rows[] = {
      }},
     {Severity::error, "driver",
      [](const Headset& headset) {
-         return text_if(headset.explanation.is_open && !headset.explanation.has_driver,
-                        "the plug-in has no driver for its vendor, so nothing works: it neither lights nor reads the "
-                        "headset");
+         return text_if(
+             headset.explanation.is_open && !headset.explanation.has_driver,
+             "the plug-in has no driver for its vendor, so nothing works: it neither lights nor reads the "
+             "headset");
      },
-     [](const Headset&) -> std::string { return "use a headset of a vendor that the plug-in has a driver for"; }},
+     [](const Headset&) -> std::string {
+         return "use a headset of a vendor that the plug-in has a driver for";
+     }},
     {Severity::error, "indicators", indicators_problem,
      [](const Headset& headset) {
          return "use another headset; \"headset explain " + headset.node.path + "\" shows what this one has";

@@ -92,9 +92,10 @@ void set_button(Report& report, Usage button, std::int64_t value) {
         throw Refused(usage_label(button) + " is a button: it can be 0 or 1, not " + std::to_string(value));
     USAGE usage = button.id;
     ULONG count = 1;
-    const auto change = value != 0 ? &platform::hidp::Parser::HidP_SetUsages
-                                              : &platform::hidp::Parser::HidP_UnsetUsages;
-    const auto status = (parser().*change)(report.direction, button.page, any_link_collection, &usage, &count, report.data, report.bytes.data(), report.length());
+    const auto change =
+        value != 0 ? &platform::hidp::Parser::HidP_SetUsages : &platform::hidp::Parser::HidP_UnsetUsages;
+    const auto status = (parser().*change)(report.direction, button.page, any_link_collection, &usage, &count,
+                                           report.data, report.bytes.data(), report.length());
     if (status != HIDP_STATUS_SUCCESS && status != HIDP_STATUS_BUTTON_NOT_PRESSED)
         throw Refused("the report has no room for " + usage_label(button));
 }
@@ -104,8 +105,8 @@ void set_value(Report& report, const Capability& capability, Usage usage, std::i
     const std::int64_t room = std::int64_t{1} << bits;
     const std::int64_t least = capability.logical_min < 0 && bits > 0 ? -room / 2 : 0;
     if (value < least || value >= room)
-        throw Refused(usage_label(usage) + " has " + std::to_string(bits) + " bits: " + std::to_string(value) +
-                      " does not fit");
+        throw Refused(usage_label(usage) + " has " + std::to_string(bits) +
+                      " bits: " + std::to_string(value) + " does not fit");
     parser().HidP_SetUsageValue(report.direction, usage.page, any_link_collection, usage.id,
                                 static_cast<ULONG>(value), report.data, report.bytes.data(), report.length());
 }
@@ -120,9 +121,10 @@ Assignment parse_assignment(std::string_view text) {
     const auto value =
         equals == text.npos ? std::optional<std::int64_t>(1) : parse_value(text.substr(equals + 1));
     if (usages.empty() || !value)
-        throw UsageError(tools::quoted(text) +
-                         " is not USAGE[=VALUE], such as Off-Hook, 08:17 or 08:17=0: a usage is a number or a "
-                         "name that \"headset decode\" prints");
+        throw UsageError(
+            tools::quoted(text) +
+            " is not USAGE[=VALUE], such as Off-Hook, 08:17 or 08:17=0: a usage is a number or a "
+            "name that \"headset decode\" prints");
     return {std::move(usages), *value};
 }
 

@@ -114,7 +114,8 @@ void try_keys(const TrialHeadset& headset, PHIDP_PREPARSED_DATA data, Explanatio
     for (const Capability& capability : capabilities(data, platform::HidP_Input))
         for (ULONG usage = capability.usage_min; capability.is_button && usage <= capability.usage_max;
              ++usage)
-            try_key(headset, data, capability, {capability.usage_page, static_cast<USAGE>(usage)}, explanation);
+            try_key(headset, data, capability, {capability.usage_page, static_cast<USAGE>(usage)},
+                    explanation);
 }
 
 /// Whether the driver makes something of a key, or lights an indicator, of the collection that is open.

@@ -11,8 +11,8 @@ namespace headset {
 
 using tools::Bytes;
 
-/// How much is read of a text that holds a descriptor: 64 characters for each byte of the longest descriptor that
-/// the parser takes, which leaves room for comments.
+/// How much is read of a text that holds a descriptor: 64 characters for each byte of the longest descriptor
+/// that the parser takes, which leaves room for comments.
 inline constexpr std::size_t most_text = 64 * platform::hidp::max_descriptor_size;
 
 /// Throws Refused for a text that is longer.

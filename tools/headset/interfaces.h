@@ -30,8 +30,8 @@ Node find_node(System& system, const std::string& path);
 /// neither, the first node that has a collection of the Telephony page. Throws Refused.
 std::vector<Node> find_headset(System& system, const std::string& path_or_serial);
 
-/// The node of the device with this serial number; of several, the first with a collection of the Telephony page.
-/// Nothing where no device has it, or hidapi is missing.
+/// The node of the device with this serial number; of several, the first with a collection of the Telephony
+/// page. Nothing where no device has it, or hidapi is missing.
 std::optional<Node> find_serial(System& system, const std::string& serial);
 
 bool has_telephony(const Node& node);

@@ -266,11 +266,12 @@ void CommandLine::add_directions(CLI::App* command, platform::HIDP_REPORT_TYPE p
     }
 }
 
-/// Throws UsageError for a command that there is not. No option before the command takes a value, so it is the
-/// first word that is not an option.
+/// Throws UsageError for a command that there is not. No option before the command takes a value, so it is
+/// the first word that is not an option.
 void CommandLine::check_command(int argc, const char* const* argv) const {
     const std::span words(argv + 1, argv + std::max(argc, 1));
-    const auto word = std::ranges::find_if(words, [](std::string_view text) { return !text.starts_with('-'); });
+    const auto word =
+        std::ranges::find_if(words, [](std::string_view text) { return !text.starts_with('-'); });
     std::vector<std::string> names;
     for (const auto* const command : app_.get_subcommands([](const CLI::App*) { return true; }))
         names.push_back(command->get_name());

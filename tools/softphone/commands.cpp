@@ -211,9 +211,10 @@ constexpr std::array table{
     Command{"end", "CID", "a call is over", "", perform<CallStep::end>},
     Command{"mute", "CID", "a call is muted", "", perform<CallStep::mute>},
     Command{"unmute", "CID", "a call is unmuted", "", perform<CallStep::unmute>},
-    Command{"create", "CID [DIRECTION]", "a call is created",
-            "The headset shows nothing until the call rings, rings back or connects. DIRECTION is a number for the plug-in.",
-            create},
+    Command{
+        "create", "CID [DIRECTION]", "a call is created",
+        "The headset shows nothing until the call rings, rings back or connects. DIRECTION is a number for the plug-in.",
+        create},
     Command{"sync", "", "sends the softphone's list of calls",
             "The list replaces all calls that the plug-in knows. Use it after `start`.", sync},
     Command{"calls", "", "shows the calls", "", calls},
@@ -226,17 +227,18 @@ constexpr std::array table{
         device},
     Command{"headsets", "", "shows the headsets",
             "Virtual ones, and real ones with telephony. If there is none, it says why.", headsets},
-    Command{"dnd", "VALUE", "sets do-not-disturb to a number", "The plug-in only logs it.",
-            do_not_disturb},
+    Command{"dnd", "VALUE", "sets do-not-disturb to a number", "The plug-in only logs it.", do_not_disturb},
     Command{
         "auto", "on|off", "does what the headset asks for, or leaves it to you",
         "With `on`, the default, a request leads to a command at once: Answer to connect, EndCall and RejectCall "
         "to end, HoldCall to hold of the connected call, ResumeCall to resume, muteCall to mute, unmuteCall to "
         "unmute.",
         automatic},
-    Command{"stop", "", "stops the plug-in", "The calls continue, but the plug-in does not hear of them.", stop},
+    Command{"stop", "", "stops the plug-in", "The calls continue, but the plug-in does not hear of them.",
+            stop},
     Command{"start", "", "starts the plug-in again",
-            "It has forgotten everything. Send the calls with `sync` and the audio device with `device`.", start},
+            "It has forgotten everything. Send the calls with `sync` and the audio device with `device`.",
+            start},
     Command{"models", "", "shows what can be plugged", "", models},
     Command{
         "plug", "MODEL [SERIAL] [as NAME]", "plugs a virtual headset",
@@ -251,9 +253,11 @@ constexpr std::array table{
         "KEY is a name, such as mute, hook or flash, or PAGE:USAGE in hexadecimal, such as 0B:2F. You can omit "
         "HEADSET if only one is plugged.",
         press},
-    Command{"key", "[HEADSET] KEY up|down", "moves a key and leaves it there", "For example a hook switch.", key},
+    Command{"key", "[HEADSET] KEY up|down", "moves a key and leaves it there", "For example a hook switch.",
+            key},
     Command{"send", "[HEADSET] BYTES", "sends an input report unchanged",
-            "BYTES begin with the report id, such as 01:00. The id is 0 if the headset has no report ids.", send},
+            "BYTES begin with the report id, such as 01:00. The id is 0 if the headset has no report ids.",
+            send},
     Command{
         "fault", "HEADSET FAULT", "makes a headset misbehave",
         "FAULT is none, open-refused, write-hangs, write-fails, read-fails, read-one-byte, unplug-in-open or "
@@ -272,7 +276,8 @@ constexpr std::array table{
     Command{"say", "TEXT...", "prints a line", "", say},
     Command{"log", "[N]", "shows the last lines of the plug-in's log", "The default is 20 lines.", log},
     Command{"help", "[COMMAND]", "shows the commands, or one of them", "", help},
-    Command{"quit", "", "stops the plug-in and ends the program", "The end of the input does the same.", quit},
+    Command{"quit", "", "stops the plug-in and ends the program", "The end of the input does the same.",
+            quit},
 };
 
 const Command& find_command(const std::string& name) {

@@ -160,7 +160,8 @@ constexpr std::array conditions{
     Condition{{"ready", "[HEADSET]", "the next headset that the plug-in reports ready"}, expect_ready},
     Condition{{"removed", "[HEADSET]", "the next headset that the plug-in reports removed"}, expect_removed},
     Condition{
-        {"no", "action|report|ready|removed", "nothing of this kind is left, and nothing comes within 300 milliseconds, or MS with `for MS`"},
+        {"no", "action|report|ready|removed",
+         "nothing of this kind is left, and nothing comes within 300 milliseconds, or MS with `for MS`"},
         expect_none,
         default_quiet_time,
         Outcome::met},

@@ -17,10 +17,11 @@ class LineEditor {
     /// Takes a finished line; none at the end of the input. False when no more are wanted.
     using LineTaker = std::function<bool(const std::optional<std::string>& line)>;
 
-    /// Shows the prompt, a text that lives as long as this, and takes the history of former runs from history_file().
-    /// `redraw` is called when the user asks for a fresh screen (Control-L).
+    /// Shows the prompt, a text that lives as long as this, and takes the history of former runs from
+    /// history_file(). `redraw` is called when the user asks for a fresh screen (Control-L).
     LineEditor(const char* prompt, LineTaker take_line, Completer complete, std::function<void()> redraw);
-    /// Gives the terminal back as it was, and keeps the history; nothing is written where its folder cannot be made.
+    /// Gives the terminal back as it was, and keeps the history; nothing is written where its folder cannot
+    /// be made.
     ~LineEditor();
     LineEditor(const LineEditor&) = delete;
     LineEditor& operator=(const LineEditor&) = delete;

@@ -163,8 +163,8 @@ std::string padded(std::string_view text, std::size_t width) {
     return std::string(text) + std::string(std::max(width, text.size() + 2) - text.size(), ' ');
 }
 
-/// Texts come from devices, from the plug-in's log and from files: they are made printable here, where lines are
-/// put together.
+/// Texts come from devices, from the plug-in's log and from files: they are made printable here, where lines
+/// are put together.
 class LinePrinter : public Printer {
   public:
     LinePrinter(Display& display, Style style) : display_(display), style_(style) {}

@@ -34,17 +34,16 @@ std::variant<Options, int> parse_options(int argc, const char* const* argv) {
     bool real = false;
     CLI::App app(description, "softphone");
     app.footer(footer);
-    app.add_option("--library", options.library, "the plug-in library to load; without a slash, the current folder is searched first")
+    app.add_option("--library", options.library,
+                   "the plug-in library to load; without a slash, the current folder is searched first")
         ->type_name("PATH")
         ->capture_default_str();
-    app.add_flag("--real", real,
-                 "load the product library, which uses the headsets that are plugged in")
+    app.add_flag("--real", real, "load the product library, which uses the headsets that are plugged in")
         ->excludes(app.get_option("--library"));
     app.add_option("--headsets", options.headsets,
                    "a library of virtual headsets, for a plug-in that has none")
         ->type_name("PATH");
-    app.add_option("--script", options.script, "run the commands of a file, then end")
-        ->type_name("FILE");
+    app.add_option("--script", options.script, "run the commands of a file, then end")->type_name("FILE");
     app.add_flag("--json", options.json, "print every event as a JSON object on one line");
     app.add_flag("--log", options.log, "print the plug-in's log lines as they arrive");
     app.add_flag("--plain", options.plain, "no panel on a terminal, only lines");

@@ -21,8 +21,8 @@ struct ScreenSize {
 /// How many rows the panel takes on a screen; 0 when it would leave too little below it.
 int panel_rows(ScreenSize size);
 
-/// The panel's lines, as many as panel_rows() says, none wider than the screen. Where there is little room, the calls
-/// come before everything else, the newest first, and the log comes last.
+/// The panel's lines, as many as panel_rows() says, none wider than the screen. Where there is little room,
+/// the calls come before everything else, the newest first, and the log comes last.
 std::vector<std::string> render_panel(const State& state, std::string_view title, ScreenSize size,
                                       Style style);
 

@@ -99,8 +99,8 @@ std::string PluginLibrary::why_no_headset() const {
 
 std::string given_library_path(const std::string& name) {
     std::error_code error;
-    const bool is_here = !name.empty() && name.find('/') == std::string::npos &&
-                         std::filesystem::exists(name, error);
+    const bool is_here =
+        !name.empty() && name.find('/') == std::string::npos && std::filesystem::exists(name, error);
     return is_here ? "./" + name : name;
 }
 

@@ -72,8 +72,8 @@ class PluginLibrary {
     decltype(&hid_error) hid_error_;
 };
 
-/// The library that a user names: a file of the current folder, where it has one of that name. The system's loader
-/// looks there only for names with a slash.
+/// The library that a user names: a file of the current folder, where it has one of that name. The system's
+/// loader looks there only for names with a slash.
 std::string given_library_path(const std::string& name);
 
 /// Where a plug-in library is looked for without a path: in the library folder that belongs to the program's,

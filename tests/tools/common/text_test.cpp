@@ -14,8 +14,14 @@ TEST(Printable, leaves_text_alone) {
 
 TEST(Printable, nothing_steers_a_terminal) {
     EXPECT_EQ(printable("\x1B[2J\a\b\t\r\n\x7F"), "?[2J??????");
-    EXPECT_EQ(printable("\xC2\x9B" "31m"), "?31m") << "C1: CSI";
-    EXPECT_EQ(printable("a\xE2\x80\xAE" "b\xE2\x81\xA6\xE2\x80\xA8"), "a?b??") << "direction, line separator";
+    EXPECT_EQ(printable("\xC2\x9B"
+                        "31m"),
+              "?31m")
+        << "C1: CSI";
+    EXPECT_EQ(printable("a\xE2\x80\xAE"
+                        "b\xE2\x81\xA6\xE2\x80\xA8"),
+              "a?b??")
+        << "direction, line separator";
     EXPECT_EQ(printable(std::string_view("a\0b", 3)), "a?b");
 }
 

@@ -162,7 +162,8 @@ TEST_F(Doctor, no_permission_for_a_sound_card_without_rules_and_with_them) {
 TEST_F(Doctor, no_permission_because_the_rules_came_after_the_node) {
     plug_refused();
     system_.rules = RulesFile{"/etc/x.rules", udev_rules(), boot + hours{2}};
-    EXPECT_EQ(finding("permission").remedy, "unplug the headset and plug it in again: /etc/x.rules was installed later");
+    EXPECT_EQ(finding("permission").remedy,
+              "unplug the headset and plug it in again: /etc/x.rules was installed later");
 }
 
 TEST_F(Doctor, no_permission_although_the_rules_ran) {
@@ -179,8 +180,9 @@ TEST_F(Doctor, no_permission_and_nothing_that_applies_rules) {
 }
 
 TEST_F(Doctor, what_a_container_withholds_needs_no_rules) {
-    const std::pair<int, const char*> rows[] = {
-        {EPERM, "device cgroup"}, {ENOENT, "bind /dev/hidraw"}, {EIO, "unplug the headset and plug it in again"}};
+    const std::pair<int, const char*> rows[] = {{EPERM, "device cgroup"},
+                                                {ENOENT, "bind /dev/hidraw"},
+                                                {EIO, "unplug the headset and plug it in again"}};
     for (const auto& [error, remedy] : rows) {
         DescribedSystem system;
         system.plug({.state = {.open_error = error}});
@@ -271,7 +273,10 @@ TEST_F(Doctor, another_process_has_the_node_open) {
 }
 
 TEST_F(Doctor, names_steer_no_terminal) {
-    system_.plug({.product = L"\x1B[2J\x9B" L"Evil\nname", .serial = {}, .state = {.holders = {{"\xFF\n", 1}}}});
+    system_.plug({.product = L"\x1B[2J\x9B"
+                             L"Evil\nname",
+                  .serial = {},
+                  .state = {.holders = {{"\xFF\n", 1}}}});
     const auto text = to_text(diagnose(system_));
     EXPECT_TRUE(contains(text, "error, serial: ?[2J?Evil?name (/dev/hidraw0)\n")) << text;
     EXPECT_TRUE(contains(text, "\xEF\xBF\xBD? (process 1)")) << text;

@@ -63,16 +63,16 @@ TEST(Encode, takes_the_names_that_decode_prints) {
     EXPECT_EQ(encoded(small_headset(), HidP_Output, {"Off-Hook", "mute"}), Lines{"02 03"});
     const auto jabra = model_descriptor("jabra-link-380c");
     EXPECT_EQ(encoded(jabra, HidP_Input, {"Phone Mute"}), Lines{"02 08 00"});
-    EXPECT_EQ(encoded(jabra, HidP_Input, {"Volume Decrement (0C:EA)"}), encoded(jabra, HidP_Input, {"0C:EA"}));
+    EXPECT_EQ(encoded(jabra, HidP_Input, {"Volume Decrement (0C:EA)"}),
+              encoded(jabra, HidP_Input, {"0C:EA"}));
 }
 
 TEST(Encode, a_name_of_several_usages_of_the_descriptor_is_refused) {
     using namespace platform::virtual_headsets;
-    const auto both =
-        descriptor({usage_page(0x0C), usage(0x01), collection(application), logical_minimum(0),
-                    logical_maximum(1), report_size(1), report_count(1), usage(0xE2), output(variable),
-                    usage_page(0x08), usage(0x09), output(variable), report_count(6), output(constant),
-                    end_collection()});
+    const auto both = descriptor({usage_page(0x0C), usage(0x01), collection(application), logical_minimum(0),
+                                  logical_maximum(1), report_size(1), report_count(1), usage(0xE2),
+                                  output(variable), usage_page(0x08), usage(0x09), output(variable),
+                                  report_count(6), output(constant), end_collection()});
     const auto collections = parse_collections(both);
     try {
         encode(collections, HidP_Output, std::vector{parse_assignment("mute")});

@@ -184,12 +184,29 @@ TEST(Explain, without_a_driver_nothing_works) {
 
 TEST(Explain, controls_in_a_range_of_usages_do_not_work) {
     using namespace platform::virtual_headsets;
-    const auto explanation = explained(descriptor(
-        {usage_page(0x0B), usage(0x05), collection(application), logical_minimum(0), logical_maximum(1),
-         report_size(1), report_count(2), usage_minimum(0x2E), usage_maximum(0x2F),
-         input(variable | relative), report_count(6), input(constant), report_count(2), usage_page(0x08),
-         usage(0x09), usage(0x17), output(variable), usage_minimum(0x18), usage_maximum(0x19),
-         output(variable), report_count(4), output(constant), end_collection()}));
+    const auto explanation = explained(descriptor({usage_page(0x0B),
+                                                   usage(0x05),
+                                                   collection(application),
+                                                   logical_minimum(0),
+                                                   logical_maximum(1),
+                                                   report_size(1),
+                                                   report_count(2),
+                                                   usage_minimum(0x2E),
+                                                   usage_maximum(0x2F),
+                                                   input(variable | relative),
+                                                   report_count(6),
+                                                   input(constant),
+                                                   report_count(2),
+                                                   usage_page(0x08),
+                                                   usage(0x09),
+                                                   usage(0x17),
+                                                   output(variable),
+                                                   usage_minimum(0x18),
+                                                   usage_maximum(0x19),
+                                                   output(variable),
+                                                   report_count(4),
+                                                   output(constant),
+                                                   end_collection()}));
     EXPECT_EQ(functions(explanation).at("mute key"), "not used");
     EXPECT_EQ(functions(explanation).at("off-hook indicator"), "works");
     EXPECT_NE(to_text(explanation).find("mute key            not used: inside a range of usages"),

@@ -262,8 +262,9 @@ TEST_F(MonitorCommand, an_unplugged_headset_is_told) {
 TEST_F(MonitorCommand, wrong_usages_are_told_before_anything_is_opened) {
     system_.hidapi_failure = "not asked";
     std::istringstream input;
-    EXPECT_THROW(headset::run({.command = Command::monitor, .arguments = {"mumble"}}, system_, input, output_),
-                 UsageError);
+    EXPECT_THROW(
+        headset::run({.command = Command::monitor, .arguments = {"mumble"}}, system_, input, output_),
+        UsageError);
 }
 
 }  // namespace

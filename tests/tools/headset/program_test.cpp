@@ -249,13 +249,13 @@ TEST(Program, explain_takes_name_and_vendor_from_a_recording) {
 
 /// Runs the program with arguments and redirections as a shell reads them.
 ProgramResult run_in_shell(const std::string& arguments) {
-    return test_support::run_program(
-        "/bin/sh", {"-c", std::string("exec ") + HEADSET_PROGRAM + " " + arguments, jabra});
+    return test_support::run_program("/bin/sh",
+                                     {"-c", std::string("exec ") + HEADSET_PROGRAM + " " + arguments, jabra});
 }
 
 TEST(Program, a_full_disk_is_a_system_error_in_words) {
-    for (const char* arguments : {"caps \"$0\"", "encode \"$0\" 08:17", "udev-rules", "--help", "caps --help",
-                                  "--version"}) {
+    for (const char* arguments :
+         {"caps \"$0\"", "encode \"$0\" 08:17", "udev-rules", "--help", "caps --help", "--version"}) {
         const auto result = run_in_shell(std::string(arguments) + " >/dev/full");
         EXPECT_EQ(result.status, 71) << arguments;
         EXPECT_EQ(result.errors, "headset: cannot write to standard output: No space left on device\n")

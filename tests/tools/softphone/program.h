@@ -23,7 +23,8 @@ class TerminalProgram {
   public:
     /// \param state_folder  XDG_STATE_HOME, by default one that cannot be made
     explicit TerminalProgram(const std::vector<std::string>& arguments, unsigned short rows = 30,
-                             unsigned short columns = 100, const std::string& state_folder = "/dev/null/none");
+                             unsigned short columns = 100,
+                             const std::string& state_folder = "/dev/null/none");
     ~TerminalProgram();
     TerminalProgram(const TerminalProgram&) = delete;
     TerminalProgram& operator=(const TerminalProgram&) = delete;

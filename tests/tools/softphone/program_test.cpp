@@ -117,10 +117,10 @@ TEST(Program, takes_virtual_headsets_from_a_library_beside_the_plug_in) {
 }
 
 TEST(Program, a_library_without_a_slash_may_be_in_the_current_folder) {
-    const std::string in_folder =
-        std::string("cd \"$(dirname \"$0\")\" && exec ") + SOFTPHONE_PROGRAM + " ";
+    const std::string in_folder = std::string("cd \"$(dirname \"$0\")\" && exec ") + SOFTPHONE_PROGRAM + " ";
     const auto run_there = [&](const std::string& arguments) {
-        return test_support::run_program("/bin/sh", {"-c", in_folder + arguments, ORVEX_VIRTUAL_LIBRARY}, "models\n");
+        return test_support::run_program("/bin/sh", {"-c", in_folder + arguments, ORVEX_VIRTUAL_LIBRARY},
+                                         "models\n");
     };
     const std::string name = std::filesystem::path(ORVEX_VIRTUAL_LIBRARY).filename();
     const auto library = run_there("--library " + name);

@@ -170,8 +170,7 @@ class HistoryTest : public testing::Test {
         return std::filesystem::status(path).permissions();
     }
 
-    const std::filesystem::path base_ =
-        testing::TempDir() + "orvex-state-" + std::to_string(::getpid());
+    const std::filesystem::path base_ = testing::TempDir() + "orvex-state-" + std::to_string(::getpid());
     const std::filesystem::path folder_ = base_ / "state";
     const std::filesystem::path file_ = folder_ / "softphone/history";
 };
