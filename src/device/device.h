@@ -67,8 +67,8 @@ class device : public std::enable_shared_from_this<device> {
     /// The host's id of the audio device that this headset was matched to.
     std::string host_device_id() const { return host_device_id_.get(); }
     void set_host_device_id(std::string id) { host_device_id_.set(std::move(id)); }
-    /// True from the moment that the headset is gone, or that its read thread has ended, until it is taken off
-    /// the device list: no request may choose it and no pass may open it.
+    /// True from the moment that the headset is gone, or that its read thread has ended, until it is taken
+    /// off the device list: no request may choose it and no pass may open it.
     bool is_leaving() const;
     void set_leaving() { leaving_ = true; }
     /// Whether a pass met the headset, plugged in again, while it was leaving.

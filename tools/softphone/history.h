@@ -5,7 +5,7 @@
 
 namespace softphone {
 
-/// The file, $XDG_STATE_HOME/softphone/history (XDG Base Directory Specification). Where the variable is not
+/// The file, $XDG_STATE_HOME/softphone/history (the base directories of XDG). Where the variable is not
 /// set or is no absolute path, it is below ~/.local/state. Empty where there is no home either.
 std::filesystem::path history_file();
 
