@@ -221,8 +221,8 @@ void device_mgr::open_device(const hid_device_info& entry, const std::shared_ptr
     static constexpr const char* function = "plugin_control::device_mgr::enumerate_hid_device";
     constexpr const char* no_path = "";
     const bool is_telephony = entry.usage_page == telephony_usage_page;
-    const bool is_open =
-        listed->is_open();  // asked first: what its read thread has closed is leaving by then
+    // Asked first: what its read thread has closed is leaving by then.
+    const bool is_open = listed->is_open();
     const bool is_leaving = listed->is_leaving();
     if (is_telephony && is_leaving) {
         listed->note_return();
