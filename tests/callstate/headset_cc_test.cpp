@@ -144,12 +144,12 @@ TEST(HeadsetCc, logs_headset_state_and_leds) {
                                       cc_line("getHeadsetLedState", "leds_state=32 ")}));
 }
 
-struct KeyRow {
+struct KeyOfValue {
     int value;
     std::int32_t key;
 };
 
-constexpr KeyRow key_rows[] = {
+constexpr KeyOfValue keys_of_values[] = {
     {0x00, 0x00},
     // Mute, 8 and 4 in this order, whatever else is set.
     {0x01, 0x01},
@@ -188,14 +188,14 @@ constexpr KeyRow key_rows[] = {
 };
 
 TEST(HeadsetCc, reduces_a_key_report_value_to_a_key) {
-    for (const auto& [value, key] : key_rows) {
+    for (const auto& [value, key] : keys_of_values) {
         EXPECT_EQ(headset_cc::keyEventNotify(static_cast<std::int16_t>(value)), key) << "value " << value;
     }
 }
 
 TEST(HeadsetCc, logs_every_key_report_value_and_warns_of_invalid_ones) {
     const auto logger = test_support::install_layer_logger();
-    for (const auto& [value, key] : key_rows) {
+    for (const auto& [value, key] : keys_of_values) {
         Lines wanted = {cc_line("keyEventNotify", "keyReportValue: " + std::to_string(value))};
         if (key == HEADSET_KEY_INVALID) {
             wanted.push_back(

@@ -8,11 +8,6 @@ using test_support::in_order;
 
 namespace {
 
-std::string state_line(int state) {
-    return "3rdPartyHeadsetPlugin: headset_plugin::device::headset_set_state: 3rd call state =" +
-           std::to_string(state) + " \n";
-}
-
 class DeviceManagerApi : public RunningManagerTest {
   protected:
     /// Started, with one headset that is the active one.
@@ -205,7 +200,6 @@ TEST_F(DeviceManagerApi, one_and_more_is_muted_and_anything_else_is_not) {
 }
 
 TEST_F(DeviceManagerApi, mute_lights_the_indicator_of_the_active_headset) {
-    constexpr platform::virtual_platform::FullUsage mute_indicator{0x08, 0x09};
     const int number = plug(headset("SN-1"));
     start();
     ASSERT_TRUE(set_audio_device("host-SN-1", "", ""));

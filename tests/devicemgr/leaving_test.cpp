@@ -11,11 +11,8 @@ using test_support::wait_for_glue_call;
 
 namespace {
 
-const std::string ready_call = "on_headset_ready(host-SN-1, 2830, 9417, Jabra, Test Headset, SN-1)";
-const std::string left_line = manager_line("remove_device", "now connected orvex headset count: 0. ");
 const std::string read_loop =
     "3rdPartyHeadsetPlugin: headset_plugin::device::read_thread: Enter while(true) loop \n";
-constexpr platform::virtual_platform::FullUsage mute_indicator{0x08, 0x09};
 
 class Leaving : public RunningManagerTest {
   protected:
@@ -44,7 +41,7 @@ class Leaving : public RunningManagerTest {
     /// Lets the host go on, and waits until the headset has left the list.
     void finish_removal() {
         told_.open();
-        ASSERT_TRUE(logger_->wait_for(left_line));
+        ASSERT_TRUE(logger_->wait_for(left_line(0)));
     }
     static bool request() { return set_audio_device("host-SN-1", "", ""); }
     /// What the passes since the headset was pulled out have opened, and started to read.
@@ -81,7 +78,7 @@ TEST_F(Leaving, a_request_out_of_the_notice_itself_does_not_choose_it) {
     std::atomic<int> answer = -1;
     test_support::on_glue_call([&](const std::string&) { answer = request() ? 1 : 0; });
     unplug_and_wait(number_);
-    ASSERT_TRUE(logger_->wait_for(left_line));
+    ASSERT_TRUE(logger_->wait_for(left_line(0)));
     EXPECT_EQ(answer, 0);
 }
 
@@ -144,7 +141,7 @@ TEST_F(Leaving, a_headset_that_is_back_before_its_read_thread_has_noticed_is_ope
     EXPECT_FALSE(request());
     EXPECT_EQ(logger_->lines_with("set_device_handles"), Lines{});
     reading.open();
-    ASSERT_TRUE(logger_->wait_for(left_line));
+    ASSERT_TRUE(logger_->wait_for(left_line(0)));
     wait_for_arrivals(3);
     expect_opened_once();
     EXPECT_TRUE(request());
@@ -157,7 +154,7 @@ TEST_F(Leaving, a_headset_whose_read_thread_has_ended_is_not_chosen_though_it_is
     ASSERT_TRUE(held_up(reading));
     EXPECT_FALSE(request());
     reading.open();
-    EXPECT_TRUE(logger_->wait_for(left_line));
+    EXPECT_TRUE(logger_->wait_for(left_line(0)));
 }
 
 TEST_F(Leaving, a_headset_that_is_pulled_out_is_not_chosen_while_a_listener_keeps_its_read_thread) {
@@ -171,7 +168,7 @@ TEST_F(Leaving, a_headset_that_is_pulled_out_is_not_chosen_while_a_listener_keep
     unplug_and_wait(number_);
     EXPECT_FALSE(request());
     gate.open();
-    EXPECT_TRUE(logger_->wait_for(left_line));
+    EXPECT_TRUE(logger_->wait_for(left_line(0)));
     device::register_key_callback(nullptr);
 }
 

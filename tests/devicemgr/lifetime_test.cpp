@@ -10,7 +10,6 @@ using test_support::on_glue_call;
 namespace {
 
 const std::string ended = api_line("stop_device_mgr", "try to end message thread ");
-const std::string loaded = window_line("WndMessageHandler", "Do enumeration when this plugin is loaded ");
 
 class DeviceManagerLifetime : public RunningManagerTest {
   protected:
@@ -28,7 +27,7 @@ TEST_F(DeviceManagerLifetime, three_hundred_starts_and_stops_in_a_row_get_their_
         start_device_mgr(0);
         stop_device_mgr();
         ASSERT_TRUE(wait_for_message_threads());
-        ASSERT_EQ(logger_->count(loaded), 1U) << round;
+        ASSERT_EQ(logger_->count(loaded_line()), 1U) << round;
         ASSERT_EQ(logger_->lines_with("failed with error code"), Lines{});
         clear_log();
     }
@@ -40,7 +39,7 @@ TEST_F(DeviceManagerLifetime, a_stop_frees_the_window_class_before_it_returns) {
         stop_device_mgr();
     }
     ASSERT_TRUE(wait_for_message_threads());
-    EXPECT_EQ(logger_->count(loaded), 50U);
+    EXPECT_EQ(logger_->count(loaded_line()), 50U);
     EXPECT_EQ(logger_->lines_with("failed with error code"), Lines{});
 }
 

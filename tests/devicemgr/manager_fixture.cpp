@@ -134,6 +134,20 @@ Lines pass_start_lines() {
                                                   "complete hid_enumerate() "});
 }
 
+std::string left_line(int count) {
+    return manager_line("remove_device",
+                        "now connected orvex headset count: " + std::to_string(count) + ". ");
+}
+
+std::string state_line(int state) {
+    return "3rdPartyHeadsetPlugin: headset_plugin::device::headset_set_state: 3rd call state =" +
+           std::to_string(state) + " \n";
+}
+
+std::string loaded_line() {
+    return window_line("WndMessageHandler", "Do enumeration when this plugin is loaded ");
+}
+
 // ---- a thread held up
 
 void Gate::pass() {

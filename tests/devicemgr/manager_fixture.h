@@ -34,6 +34,7 @@ inline constexpr std::uint16_t product = 0x24C9;
 inline constexpr std::uint16_t generic_desktop = 0x01;
 inline constexpr std::uint16_t telephony = 0x0B;
 inline constexpr std::uint16_t consumer = 0x0C;
+inline constexpr platform::virtual_platform::FullUsage mute_indicator{0x08, 0x09};
 
 /// A headset with one top-level collection for each usage page, in this order.
 HeadsetDescription headset(const std::string& serial, const std::string& name = "Test Headset",
@@ -57,6 +58,15 @@ std::string already_open_line();
 std::string count_line(int count);
 Lines creation_lines(const std::string& serial, const std::string& name, int count);
 Lines pass_start_lines();
+/// The last line of a removal, with the number of headsets that are left.
+std::string left_line(int count);
+/// The line of a device that is given the state of the calls.
+std::string state_line(int state);
+/// The line of the message thread before its first pass.
+std::string loaded_line();
+
+/// What the host is told of the headset "SN-1".
+inline const std::string ready_call = "on_headset_ready(host-SN-1, 2830, 9417, Jabra, Test Headset, SN-1)";
 
 /// The last line of a read thread before it sees to the headset.
 inline const std::string read_thread_exit =

@@ -18,11 +18,6 @@ std::string result_line(int first_match, int found) {
                                               ", found_device=" + std::to_string(found));
 }
 
-std::string state_line(int state) {
-    return "3rdPartyHeadsetPlugin: headset_plugin::device::headset_set_state: 3rd call state =" +
-           std::to_string(state) + " \n";
-}
-
 class Matching : public ManagerTest {};
 
 TEST_F(Matching, a_headset_matches_by_its_serial_in_id_or_serial_or_its_name_in_the_name) {
@@ -176,7 +171,6 @@ TEST_F(Matching, a_headset_is_put_to_rest_while_it_is_the_active_one_still) {
 }
 
 TEST_F(Matching, what_is_being_shown_as_a_headset_is_deselected_does_not_follow_its_rest) {
-    constexpr platform::virtual_platform::FullUsage mute_indicator{0x08, 0x09};
     const int number = plug(headset("SN-1"));
     pass();
     constexpr int rounds = 20;

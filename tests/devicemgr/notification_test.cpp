@@ -10,7 +10,6 @@ using test_support::in_order;
 
 namespace {
 
-const std::string loaded = window_line("WndMessageHandler", "Do enumeration when this plugin is loaded ");
 const std::string running = window_line("MessageThread", "Message Thread is running ");
 const std::string closed = window_line("MessageThread", "Message Thread is closed ");
 const std::string plugged_in =
@@ -35,7 +34,7 @@ class Notifications : public RunningManagerTest {
 TEST_F(Notifications, the_first_pass_runs_while_the_window_is_created) {
     plug(headset("SN-1"));
     start();
-    EXPECT_TRUE(in_order(logger_->lines(), Lines{loaded, pass_entered} + pass_start_lines() +
+    EXPECT_TRUE(in_order(logger_->lines(), Lines{loaded_line(), pass_entered} + pass_start_lines() +
                                                creation_lines("SN-1", "Test Headset", 1) + Lines{running}));
     EXPECT_EQ(passes(), 1U);
     EXPECT_NE(message_window(), nullptr);
@@ -208,7 +207,7 @@ TEST_F(Notifications, a_hook_that_throws_ends_the_pass_and_not_the_thread) {
     plug(headset("SN-1"));
     start();
     const std::string caught = window_line("WndMessageHandler", "exception caught: the hook is broken ");
-    EXPECT_TRUE(in_order(logger_->lines(), {loaded, pass_entered, caught, running}));
+    EXPECT_TRUE(in_order(logger_->lines(), {loaded_line(), pass_entered, caught, running}));
     plugin_control::set_device_availability_hook([](int, int) -> bool { throw 42; });
     change(platform::DBT_DEVICEARRIVAL, platform::DBT_DEVTYP_DEVICEINTERFACE);
     EXPECT_EQ(logger_->count(window_line("WndMessageHandler", "exception caught: unknown ")), 1U);
@@ -230,7 +229,6 @@ TEST_F(Notifications, a_hook_may_use_the_plug_in) {
 // ---- plugged again at once
 
 TEST_F(Notifications, a_headset_that_is_replugged_at_once_works_again_every_time) {
-    constexpr platform::virtual_platform::FullUsage mute_indicator{0x08, 0x09};
     platform().virtual_clock().stop();
     start();
     const int number = plug_and_wait(headset("SN-1"));

@@ -14,9 +14,7 @@ using test_support::wait_for_glue_call;
 
 namespace {
 
-const std::string ready_call = "on_headset_ready(host-SN-1, 2830, 9417, Jabra, Test Headset, SN-1)";
 const std::string opened_call = "onActiveDeviceOpened()";
-constexpr platform::virtual_platform::FullUsage mute_indicator{0x08, 0x09};
 
 class Refused : public RunningManagerTest {
   protected:

@@ -11,11 +11,6 @@ namespace {
 
 const std::string task = "remove_device_with_serial::<lambda_1>::operator ()";
 
-std::string left_line(int count) {
-    return manager_line("remove_device",
-                        "now connected orvex headset count: " + std::to_string(count) + ". ");
-}
-
 Lines inactive_removal_lines(const std::string& serial, int count) {
     return manager_lines("remove_device", {"enter", "remove inactive device, sn " + serial}) +
            Lines{left_line(count)};

@@ -4,7 +4,7 @@
 
 #include "tests/drivers/fixed_reports.h"
 
-namespace headset_plugin::driver_test {
+namespace headset_plugin::driver_test::jabra {
 namespace {
 
 std::string line(const std::string& function, const std::string& text) {
@@ -377,4 +377,4 @@ TEST_F(JabraFollowUp, to_the_hook_of_a_ringing_245E_is_the_record_and_then_an_up
 }
 
 }  // namespace
-}  // namespace headset_plugin::driver_test
+}  // namespace headset_plugin::driver_test::jabra

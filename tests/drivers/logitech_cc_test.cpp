@@ -5,7 +5,7 @@
 
 #include "tests/drivers/fixed_reports.h"
 
-namespace headset_plugin::driver_test {
+namespace headset_plugin::driver_test::logitech {
 namespace {
 
 static_assert(!std::is_polymorphic_v<logitech_cc>, "no driver that a device could be given");
@@ -203,4 +203,4 @@ TEST_F(LogitechRead, finds_no_key_in_a_report_that_ends_before_it) {
 }
 
 }  // namespace
-}  // namespace headset_plugin::driver_test
+}  // namespace headset_plugin::driver_test::logitech

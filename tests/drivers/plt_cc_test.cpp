@@ -5,7 +5,7 @@
 
 #include "tests/drivers/fixed_reports.h"
 
-namespace headset_plugin::driver_test {
+namespace headset_plugin::driver_test::plt {
 namespace {
 
 std::string line(const std::string& function, const std::string& text) {
@@ -449,4 +449,4 @@ TEST_F(PlantronicsChooser, makes_a_new_driver_each_time) {
 }
 
 }  // namespace
-}  // namespace headset_plugin::driver_test
+}  // namespace headset_plugin::driver_test::plt

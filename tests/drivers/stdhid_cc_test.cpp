@@ -8,7 +8,7 @@
 #include "base/headset_types.h"
 #include "tests/drivers/driver_fixture.h"
 
-namespace headset_plugin::driver_test {
+namespace headset_plugin::driver_test::stdhid {
 namespace {
 
 using namespace platform::virtual_headsets;
@@ -573,4 +573,4 @@ TEST_F(StdHid, may_read_keys_on_one_thread_while_another_shows_states) {
 }
 
 }  // namespace
-}  // namespace headset_plugin::driver_test
+}  // namespace headset_plugin::driver_test::stdhid

@@ -12,7 +12,7 @@ namespace {
 using namespace virtual_headsets;
 
 constexpr USAGE off_hook = 0x17;
-constexpr USAGE mute = 0x09;
+constexpr USAGE mute_indicator = 0x09;
 constexpr USAGE ring = 0x18;     // the low bound of a range
 constexpr USAGE unknown = 0x4B;  // an LED that no headset here has
 constexpr std::uint32_t untouched = 0xABCD;
@@ -105,7 +105,7 @@ const Lines report_2_built =
 
 TEST_F(UsageOutput, builds_the_report_of_the_usage_and_logs_every_step) {
     const HidHandle handle = open(leds());
-    EXPECT_EQ(set(handle, mute, 1), report({0x02, 0x04, 0x00}));
+    EXPECT_EQ(set(handle, mute_indicator, 1), report({0x02, 0x04, 0x00}));
     EXPECT_EQ(log_->lines(), lines("hid_gen_led_event", {"[Enter]", "ReportID=0x2"}) +
                                  lines("set_output_data_usages", {"index=1 IsButtonData=true UsageMin=0x17",
                                                                   "index=2 IsButtonData=true UsageMin=0x9",
@@ -129,9 +129,9 @@ TEST_F(UsageOutput, with_0_puts_the_usage_out_and_logs_usage_0) {
 
 TEST_F(UsageOutput, keeps_what_was_set_before_on) {
     const HidHandle handle = open(leds());
-    EXPECT_EQ(set(handle, mute, 1), report({0x02, 0x04, 0x00}));
+    EXPECT_EQ(set(handle, mute_indicator, 1), report({0x02, 0x04, 0x00}));
     EXPECT_EQ(set(handle, off_hook, 1), report({0x02, 0x06, 0x00}));
-    EXPECT_EQ(set(handle, mute, 0), report({0x02, 0x02, 0x00}));
+    EXPECT_EQ(set(handle, mute_indicator, 0), report({0x02, 0x02, 0x00}));
 }
 
 TEST_F(UsageOutput, records_a_usage_at_the_own_index_of_its_entry) {
@@ -233,9 +233,9 @@ TEST_F(UsageOutput, fails_silently_without_device_buffer_or_length) {
     std::uint32_t length = untouched;
     Bytes buffer(room, unwritten);
     const auto gen = headset_plugin::gen_led_event_for_usage;
-    EXPECT_EQ(gen(nullptr, led_page, mute, 1, buffer.data(), &length), -1);
-    EXPECT_EQ(gen(handle.get(), led_page, mute, 1, nullptr, &length), -1);
-    EXPECT_EQ(gen(handle.get(), led_page, mute, 1, buffer.data(), nullptr), -1);
+    EXPECT_EQ(gen(nullptr, led_page, mute_indicator, 1, buffer.data(), &length), -1);
+    EXPECT_EQ(gen(handle.get(), led_page, mute_indicator, 1, nullptr, &length), -1);
+    EXPECT_EQ(gen(handle.get(), led_page, mute_indicator, 1, buffer.data(), nullptr), -1);
     EXPECT_EQ(length, untouched);
     EXPECT_TRUE(log_->lines().empty());
 }
@@ -257,7 +257,7 @@ TEST_F(UsageOutput, that_the_parser_refuses_gives_no_report_but_stays_recorded) 
         SCOPED_TRACE(row.function);
         script_parser().failing = {.function = row.function, .status = HIDP_STATUS_USAGE_NOT_FOUND};
         log_->clear();
-        EXPECT_EQ(set(handle, mute, 1), nothing(-1));
+        EXPECT_EQ(set(handle, mute_indicator, 1), nothing(-1));
         EXPECT_EQ(log_->lines().back(), line("gen_led_event", row.last_line));
         EXPECT_EQ(output_entries(*handle)[row.entry].Status, HIDP_STATUS_USAGE_NOT_FOUND);
 
@@ -271,7 +271,7 @@ TEST_F(UsageOutput, that_the_parser_refuses_gives_no_report_but_stays_recorded) 
 
 TEST_F(UsagesOutput, go_into_one_report_and_log_every_step) {
     const HidHandle handle = open(leds());
-    EXPECT_EQ(set_all(handle, {off_hook, mute}, {1, 1}, 2), report({0x02, 0x06, 0x00}));
+    EXPECT_EQ(set_all(handle, {off_hook, mute_indicator}, {1, 1}, 2), report({0x02, 0x06, 0x00}));
     EXPECT_EQ(log_->lines(),
               lines("hid_gen_led_events", {"[Enter]", "ReportID=0x2"}) +
                   lines("set_output_data_usages",
@@ -284,17 +284,17 @@ TEST_F(UsagesOutput, go_into_one_report_and_log_every_step) {
 
 TEST_F(UsagesOutput, take_the_report_of_the_first_and_the_others_wait_for_theirs) {
     const HidHandle handle = open_model("poly-blackwire-3220");  // each LED has a report of its own
-    EXPECT_EQ(set_all(handle, {off_hook, mute}, {1, 1}, 2), report({off_hook, 0x01}));
-    EXPECT_EQ(set_all(handle, {mute}, {}, 0), report({mute, 0x01}));
+    EXPECT_EQ(set_all(handle, {off_hook, mute_indicator}, {1, 1}, 2), report({off_hook, 0x01}));
+    EXPECT_EQ(set_all(handle, {mute_indicator}, {}, 0), report({mute_indicator, 0x01}));
 }
 
 TEST_F(UsagesOutput, end_with_success_and_nothing_written_at_one_that_the_headset_does_not_have) {
     const HidHandle handle = open(leds());
-    EXPECT_EQ(set_all(handle, {mute, unknown, off_hook}, {1, 1, 1}, 3), nothing(0));
+    EXPECT_EQ(set_all(handle, {mute_indicator, unknown, off_hook}, {1, 1, 1}, 3), nothing(0));
     EXPECT_EQ(log_->lines().back(),
               line("hid_gen_led_events", "set_output_data_usages failed for usage=0x4b"));
     // What was recorded before it stays, what stands after it is not looked at.
-    EXPECT_EQ(set_all(handle, {mute}, {}, 0), report({0x02, 0x04, 0x00}));
+    EXPECT_EQ(set_all(handle, {mute_indicator}, {}, 0), report({0x02, 0x04, 0x00}));
 }
 
 TEST_F(UsagesOutput, of_count_0_rebuild_the_report_from_what_was_recorded) {
@@ -313,7 +313,7 @@ TEST_F(UsagesOutput, that_the_parser_refuses_give_the_last_recordings_result) {
     for (const FailingParser& row : failing_parsers) {
         SCOPED_TRACE(row.function);
         script_parser().failing = {.function = row.function};
-        EXPECT_EQ(set_all(handle, {off_hook, mute}, {1, 1}, 2), nothing(1));
+        EXPECT_EQ(set_all(handle, {off_hook, mute_indicator}, {1, 1}, 2), nothing(1));
         EXPECT_EQ(set_all(handle, {off_hook}, {}, 0), nothing(-1));
         EXPECT_EQ(log_->lines().back(), line("gen_led_event", row.last_line));
         EXPECT_EQ(output_entries(*handle)[row.entry].Status, HIDP_STATUS_INTERNAL_ERROR);
@@ -332,7 +332,7 @@ TEST_F(UsagesOutput, fail_silently_where_an_argument_is_missing) {
     const HidHandle handle = open(leds());
     std::uint32_t length = untouched;
     Bytes buffer(room, unwritten);
-    const USAGE usages[] = {mute};
+    const USAGE usages[] = {mute_indicator};
     const std::uint32_t values[] = {1};
     const auto gen = headset_plugin::gen_led_events_for_usages;
     EXPECT_EQ(gen(nullptr, led_page, usages, values, 1, buffer.data(), &length), -1);
@@ -366,7 +366,7 @@ TEST_F(UsagesOutput, may_be_set_by_two_threads_while_a_third_reads_keys) {
         return pressed;
     };
     auto off_hooks = std::async(std::launch::async, toggle, off_hook);
-    auto mutes = std::async(std::launch::async, toggle, mute);
+    auto mutes = std::async(std::launch::async, toggle, mute_indicator);
     EXPECT_EQ(read_keys(), rounds);
     EXPECT_EQ(off_hooks.get(), rounds);
     EXPECT_EQ(mutes.get(), rounds);

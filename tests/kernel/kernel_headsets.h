@@ -15,8 +15,6 @@ namespace test_support {
 using Report = std::vector<std::uint8_t>;
 using Reports = std::vector<Report>;
 
-inline constexpr int patience_ms = static_cast<int>(std::chrono::milliseconds(patience).count());
-
 // Usages of the HID Usage Tables.
 inline constexpr std::uint16_t led_page = 0x08;
 inline constexpr std::uint16_t mute_led = 0x09;

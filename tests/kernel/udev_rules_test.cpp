@@ -42,9 +42,8 @@ TEST_F(UdevRules, let_the_one_at_the_seat_open_the_devices_of_every_vendor_in_th
 }
 
 TEST_F(UdevRules, leave_other_devices_alone) {
-    constexpr std::uint16_t logitech = 0x046D;
-    constexpr std::uint16_t razer = 0x1532;
-    for (const auto vendor : {logitech, razer}) {
+    constexpr std::uint16_t others[] = {0x046D, 0x1532};  // Logitech, Razer
+    for (const auto vendor : others) {
         const std::string node = plug_of(vendor);
         EXPECT_EQ(tags_of(node).count("uaccess"), 0U) << vendor;
         EXPECT_FALSE(may_use(node)) << vendor;

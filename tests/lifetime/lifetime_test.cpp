@@ -16,7 +16,6 @@ namespace {
 using namespace plugin_control;
 using namespace test_support;
 
-const int patience_ms = static_cast<int>(std::chrono::milliseconds(patience).count());
 constexpr std::uint16_t mute_key = 0x2F;
 
 /// The reports that put the headset to rest when it is opened.

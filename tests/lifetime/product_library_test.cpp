@@ -16,8 +16,6 @@ using namespace test_support;
 using Enumerate = decltype(hid_enumerate);
 using FreeEnumeration = decltype(hid_free_enumeration);
 
-const int patience_ms = static_cast<int>(std::chrono::milliseconds(patience).count());
-
 TEST(ProductLibrary, loads_starts_stops_and_unloads) {
     const auto logger = std::make_shared<RecordingLogger>();
     for (int round = 0; round < 20; ++round) {

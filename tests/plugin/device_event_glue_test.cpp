@@ -33,7 +33,7 @@ class DeviceEvents : public PluginHost {
 };
 
 const std::string ready = "plugin_control::on_headset_ready";
-const std::string removed = "headset_plugin::onDeviceRemoved";
+const std::string removed_function = "headset_plugin::onDeviceRemoved";
 const std::string init_line = manager_line("initHeadset", "init headset after plugged in");
 
 TEST_F(DeviceEvents, a_ready_headset_is_told_to_the_listener_before_it_is_brought_into_step) {
@@ -179,7 +179,7 @@ TEST_F(DeviceEvents, a_removed_headset_without_a_listener_gives_one_line_and_cha
     control_->connectCall("", "1");
     logger_->clear();
     report_removed();
-    EXPECT_EQ(logger_->lines_with("emoved"), Lines{line(removed, "device: serial [serial]")});
+    EXPECT_EQ(logger_->lines_with("emoved"), Lines{line(removed_function, "device: serial [serial]")});
     EXPECT_EQ(driver_->take_shown(), Lines());
     control_->mute("", "1");
     EXPECT_EQ(
@@ -194,7 +194,7 @@ TEST_F(DeviceEvents, a_removed_headset_is_told_to_the_listener_as_it_was_describ
     listener_->clear();
     std::size_t logged_before = 0;
     listener_->on_call([&](const std::string&) {
-        logged_before = logger_->count(line(removed, "device: serial [serial]"));
+        logged_before = logger_->count(line(removed_function, "device: serial [serial]"));
     });
     report_removed();
     EXPECT_EQ(listener_->calls(), Lines{"onDeviceRemovedNotify(host id, 0001, abcd, vendor, name, serial)"});
@@ -243,7 +243,7 @@ TEST_F(DeviceEvents,
     EXPECT_EQ(driver_->take_shown(), (Lines{"state 2", "unmuted"}));
     EXPECT_EQ(logger_->count(line(ready, "exception caught: the host failed ")), 1U);
     unplug(headset);
-    EXPECT_EQ(logger_->count(line(removed, "exception caught: the host failed ")), 1U);
+    EXPECT_EQ(logger_->count(line(removed_function, "exception caught: the host failed ")), 1U);
     EXPECT_FALSE(choose(headset)) << "the headset is still listed";
 }
 
@@ -253,7 +253,7 @@ TEST_F(DeviceEvents, a_listener_may_throw_anything) {
     report_ready();
     report_removed();
     EXPECT_EQ(logger_->count(line(ready, "exception caught: unknown ")), 1U);
-    EXPECT_EQ(logger_->count(line(removed, "exception caught: unknown ")), 1U);
+    EXPECT_EQ(logger_->count(line(removed_function, "exception caught: unknown ")), 1U);
     EXPECT_EQ(logger_->count(init_line), 1U);
 }
 

@@ -22,7 +22,7 @@ struct Row {
 using Logger = IPluginLogger;
 using CallListener = IPluginCallControlListener;
 using ConfigListener = IPluginConfigListener;
-using CallControl = IPluginCallControlCallback;
+using CallControlOperations = IPluginCallControlCallback;
 using Config = IPluginConfigCallback;
 
 const Row rows[] = {
@@ -45,22 +45,22 @@ const Row rows[] = {
 
     {slot_of(&ConfigListener::onConfigKey), 2, "onConfigKey"},
 
-    {slot_of(&CallControl::setAudioDevice), 2, "setAudioDevice"},
-    {slot_of(&CallControl::reservedCallControl2), 3, "reservedCallControl2"},
-    {slot_of(&CallControl::reservedCallControl3), 4, "reservedCallControl3"},
-    {slot_of(&CallControl::mute), 5, "mute"},
-    {slot_of(&CallControl::unmute), 6, "unmute"},
-    {slot_of(&CallControl::createCall), 7, "createCall"},
-    {slot_of(&CallControl::incomingCall), 8, "incomingCall"},
-    {slot_of(&CallControl::ringbackCall), 9, "ringbackCall"},
-    {slot_of(&CallControl::connectCall), 10, "connectCall"},
-    {slot_of(&CallControl::holdCall), 11, "holdCall"},
-    {slot_of(&CallControl::resumeCall), 12, "resumeCall"},
-    {slot_of(&CallControl::endCall), 13, "endCall"},
-    {slot_of(&CallControl::reservedCallControl13), 14, "reservedCallControl13"},
-    {slot_of(&CallControl::callStateSync), 15, "callStateSync"},
-    {slot_of(&CallControl::setCallControlListener), 16, "setCallControlListener"},
-    {slot_of(&CallControl::getCallControlListener), 17, "getCallControlListener"},
+    {slot_of(&CallControlOperations::setAudioDevice), 2, "setAudioDevice"},
+    {slot_of(&CallControlOperations::reservedCallControl2), 3, "reservedCallControl2"},
+    {slot_of(&CallControlOperations::reservedCallControl3), 4, "reservedCallControl3"},
+    {slot_of(&CallControlOperations::mute), 5, "mute"},
+    {slot_of(&CallControlOperations::unmute), 6, "unmute"},
+    {slot_of(&CallControlOperations::createCall), 7, "createCall"},
+    {slot_of(&CallControlOperations::incomingCall), 8, "incomingCall"},
+    {slot_of(&CallControlOperations::ringbackCall), 9, "ringbackCall"},
+    {slot_of(&CallControlOperations::connectCall), 10, "connectCall"},
+    {slot_of(&CallControlOperations::holdCall), 11, "holdCall"},
+    {slot_of(&CallControlOperations::resumeCall), 12, "resumeCall"},
+    {slot_of(&CallControlOperations::endCall), 13, "endCall"},
+    {slot_of(&CallControlOperations::reservedCallControl13), 14, "reservedCallControl13"},
+    {slot_of(&CallControlOperations::callStateSync), 15, "callStateSync"},
+    {slot_of(&CallControlOperations::setCallControlListener), 16, "setCallControlListener"},
+    {slot_of(&CallControlOperations::getCallControlListener), 17, "getCallControlListener"},
 
     {slot_of(&Config::reservedConfig1), 2, "reservedConfig1"},
     {slot_of(&Config::reservedConfig2), 3, "reservedConfig2"},

@@ -28,8 +28,6 @@ namespace test_support {
 using Lines = std::vector<std::string>;
 using Report = std::vector<std::uint8_t>;
 
-inline const int patience_ms = static_cast<int>(std::chrono::milliseconds(patience).count());
-
 /// "3rdPartyHeadsetPlugin: <function>: <message>\n"
 inline std::string line(const std::string& function, const std::string& message) {
     return "3rdPartyHeadsetPlugin: " + function + ": " + message + "\n";

@@ -16,6 +16,8 @@ namespace test_support {
 /// How long a test waits for what is about to happen on another thread; generous, for sanitizers on busy
 /// machines.
 inline constexpr std::chrono::seconds patience{20};
+/// The same for functions that take milliseconds.
+inline constexpr int patience_ms = static_cast<int>(std::chrono::milliseconds(patience).count());
 
 /// Thread: any.
 class Recording {

@@ -14,6 +14,9 @@ namespace hidp_test {
 using Bytes = std::vector<std::uint8_t>;
 using Usages = std::vector<platform::USAGE>;
 
+/// None of the types of reports.
+inline constexpr auto no_type = static_cast<platform::HIDP_REPORT_TYPE>(platform::HidP_Feature + 1);
+
 /// What a function gave, beside its status.
 template <typename Result>
 struct Outcome {

@@ -144,7 +144,7 @@ TEST(GetData, PassesOverOtherReports) {
 }
 
 /// One bit with two names, of which the second has two usages.
-Collection named_twice() {
+Collection bit_named_twice() {
     return headset_with({{report_size, 1},
                          {report_count, 8},
                          {delimiter, 1},
@@ -156,7 +156,7 @@ Collection named_twice() {
 }
 
 TEST(GetData, PassesOverAliases) {
-    EXPECT_EQ(get_data(named_twice(), {0, 3}).result, (Data{{0, 1}}));
+    EXPECT_EQ(get_data(bit_named_twice(), {0, 3}).result, (Data{{0, 1}}));
 }
 
 TEST(GetData, NeedsRoom) {
@@ -250,8 +250,8 @@ TEST(SetData, AnIndexBehindTheLast) {
 
 TEST(SetData, AnIndexThatOnlyAnAliasHas) {
     Bytes report(2);
-    EXPECT_EQ(set_data(named_twice(), {{0, 1}}, report).status, HIDP_STATUS_IS_VALUE_ARRAY);
-    EXPECT_EQ(set_data(named_twice(), {{1, 1}}, report).status, HIDP_STATUS_DATA_INDEX_NOT_FOUND);
+    EXPECT_EQ(set_data(bit_named_twice(), {{0, 1}}, report).status, HIDP_STATUS_IS_VALUE_ARRAY);
+    EXPECT_EQ(set_data(bit_named_twice(), {{1, 1}}, report).status, HIDP_STATUS_DATA_INDEX_NOT_FOUND);
     EXPECT_EQ(report, Bytes(2));
 }
 

@@ -6,17 +6,16 @@
 #include <string>
 #include <vector>
 
-#include "tests/platform/hidp/collection.h"
+#include "tests/platform/hidp/headset.h"
 #include "tests/support/reference_data.h"
 
 using namespace platform;
 using hidp_test::Bytes;
 using hidp_test::Collection;
+using hidp_test::generic_desktop;
 using nlohmann::json;
 
 namespace {
-
-constexpr USAGE generic_desktop = 0x01;
 
 /// The axes that the decodes name (HID Usage Tables, Generic Desktop page).
 struct Axis {

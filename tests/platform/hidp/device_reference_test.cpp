@@ -21,7 +21,7 @@ class DeviceReference : public testing::Test {
 };
 
 /// Descriptors of other/ that are in truth malformed, and what is wrong with them.
-const std::map<std::string, std::string> malformed_descriptors = {
+const std::map<std::string, std::string> malformed_files = {
     // A dump cut off inside its third collection and filled up with zeros.
     {"other/gamepad_zeroplusxboxwireless", "offset 164, item 0xA1: the collection is not closed"},
     // Made by hand.
@@ -35,8 +35,8 @@ TEST_F(DeviceReference, EveryRealDescriptorParses) {
                 continue;
             }
             const auto parsed = hidp::parse(reference::descriptor(device));
-            const auto malformed = malformed_descriptors.find(name);
-            const std::string expected = malformed == malformed_descriptors.end() ? "" : malformed->second;
+            const auto malformed = malformed_files.find(name);
+            const std::string expected = malformed == malformed_files.end() ? "" : malformed->second;
             EXPECT_EQ(parsed.error ? parsed.error->to_string() : "", expected) << name;
         }
     }

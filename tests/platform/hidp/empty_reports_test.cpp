@@ -9,9 +9,6 @@ using enum hidp::Tag;
 
 namespace {
 
-constexpr USAGE generic_desktop = 0x01;
-constexpr USAGE x = 0x30;
-
 NTSTATUS initialize(const Collection& device, HIDP_REPORT_TYPE type, UCHAR id, Bytes& report) {
     return hidp::parser().HidP_InitializeReportForID(type, id, device.data(), report.data(),
                                                      static_cast<ULONG>(report.size()));

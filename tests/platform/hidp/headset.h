@@ -21,6 +21,10 @@ inline constexpr platform::USAGE phone_mute = 0x2F;
 inline constexpr platform::USAGE led_mute = 0x09;
 inline constexpr platform::USAGE led_off_hook = 0x17;
 inline constexpr platform::USAGE led_ring = 0x18;
+// The Generic Desktop page, and usages of it.
+inline constexpr platform::USAGE generic_desktop = 0x01;
+inline constexpr platform::USAGE x = 0x30;
+inline constexpr platform::USAGE y = 0x31;
 
 /// The items inside a headset's top-level collection.
 inline Bytes headset_descriptor(std::initializer_list<ItemText> items) {

@@ -10,8 +10,6 @@ using enum hidp::Tag;
 
 namespace {
 
-const HIDP_REPORT_TYPE no_type = static_cast<HIDP_REPORT_TYPE>(HidP_Feature + 1);
-
 TEST(Reports, LengthsCountTheIdByteWithAndWithoutIds) {
     const auto plain = headset_with({{report_size, 8}, {report_count, 2}, {input, constant}});
     EXPECT_EQ(plain.caps().InputReportByteLength, 3);

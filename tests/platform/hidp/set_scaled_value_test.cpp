@@ -1,9 +1,8 @@
 // HidP_SetScaledUsageValue.
 #include <gtest/gtest.h>
-#include <limits>
 #include <ostream>
 
-#include "tests/platform/hidp/headset.h"
+#include "tests/platform/hidp/scaling.h"
 
 using namespace platform;
 using namespace hidp_test;
@@ -11,17 +10,10 @@ using enum hidp::Tag;
 
 namespace {
 
-constexpr USAGE generic_desktop = 0x01;
-constexpr USAGE x = 0x30;
 constexpr UCHAR id = 7;
 
-struct Range {
-    std::int64_t min;
-    std::int64_t max;
-};
-
 /// One field behind three bits that belong to nothing.
-Collection value_with(Range logical, Range physical, std::int64_t size, std::int64_t flags = data_variable) {
+Collection output_with(Range logical, Range physical, std::int64_t size, std::int64_t flags = data_variable) {
     return headset_with({{usage_page, generic_desktop},
                          {report_id, id},
                          {report_count, 1},
@@ -41,7 +33,7 @@ NTSTATUS set_scaled(const Collection& device, LONG value, Bytes& report) {
                                                    report.data(), static_cast<ULONG>(report.size()));
 }
 
-struct Scaling {
+struct Setting {
     const char* name;
     Range logical;
     Range physical;
@@ -52,26 +44,22 @@ struct Scaling {
     std::int64_t flags = data_variable;
 };
 
-void PrintTo(const Scaling& scaling, std::ostream* out) {
-    *out << scaling.name;
+void PrintTo(const Setting& setting, std::ostream* out) {
+    *out << setting.name;
 }
 
-class SetScaledUsageValue : public testing::TestWithParam<Scaling> {};
+class SetScaledUsageValue : public testing::TestWithParam<Setting> {};
 
 TEST_P(SetScaledUsageValue, ScalesToTheLogicalRange) {
-    const Scaling& expected = GetParam();
-    const auto device = value_with(expected.logical, expected.physical, expected.size, expected.flags);
+    const Setting& expected = GetParam();
+    const auto device = output_with(expected.logical, expected.physical, expected.size, expected.flags);
     Bytes report(device.empty_report(HidP_Output).size(), 0xFF);
     report[0] = id;
     EXPECT_EQ(set_scaled(device, expected.scaled, report), expected.status);
     EXPECT_EQ(device.value(HidP_Output, generic_desktop, x, report).result, expected.raw);
 }
 
-constexpr LONG lowest = std::numeric_limits<LONG>::min();
-constexpr LONG highest = std::numeric_limits<LONG>::max();
-constexpr std::int64_t with_null = data_variable | null_state;
-
-const Scaling scalings[] = {
+const Setting settings[] = {
     {"WithoutPhysicalRange", {0, 255}, {0, 0}, 8, 200, HIDP_STATUS_SUCCESS, 200},
     {"NegativeWithoutPhysicalRange", {-128, 127}, {0, 0}, 8, -128, HIDP_STATUS_SUCCESS, 0x80},
     {"MinusOneWithoutPhysicalRange", {-128, 127}, {0, 0}, 8, -1, HIDP_STATUS_SUCCESS, 0xFF},
@@ -95,18 +83,18 @@ const Scaling scalings[] = {
     {"PhysicalMinimumEqualToMaximum", {0, 255}, {5, 5}, 8, 5, HIDP_STATUS_BAD_LOG_PHY_VALUES, 0xFF},
 };
 
-INSTANTIATE_TEST_SUITE_P(Each, SetScaledUsageValue, testing::ValuesIn(scalings),
+INSTANTIATE_TEST_SUITE_P(Each, SetScaledUsageValue, testing::ValuesIn(settings),
                          [](const auto& test) { return test.param.name; });
 
 TEST(SetScaledUsageValueOf, AFieldLeavesTheBitsAroundItAlone) {
-    const auto device = value_with({0, 7}, {0, 70}, 3);
+    const auto device = output_with({0, 7}, {0, 70}, 3);
     Bytes report = {id, 0xFF};
     EXPECT_EQ(set_scaled(device, 0, report), HIDP_STATUS_SUCCESS);
     EXPECT_EQ(report, (Bytes{id, 0b1100'0111}));
 }
 
 TEST(SetScaledUsageValueOf, AnEmptyReportGivesItItsId) {
-    const auto device = value_with({0, 31}, {0, 0}, 5);
+    const auto device = output_with({0, 31}, {0, 0}, 5);
     Bytes report = {0, 0};
     EXPECT_EQ(set_scaled(device, 31, report), HIDP_STATUS_SUCCESS);
     EXPECT_EQ(report, (Bytes{id, 0xF8}));
@@ -141,14 +129,13 @@ TEST(SetScaledUsageValueOf, AValueArrayGoesToItsFirstField) {
 }
 
 TEST(SetScaledUsageValueOf, WrongArguments) {
-    const auto device = value_with({0, 31}, {0, 0}, 5);
+    const auto device = output_with({0, 31}, {0, 0}, 5);
     Bytes report(3);
     const auto set = [&](HIDP_REPORT_TYPE type, USAGE page, USHORT link, USAGE wanted,
                          PHIDP_PREPARSED_DATA data, ULONG length) {
         return hidp::parser().HidP_SetScaledUsageValue(type, page, link, wanted, 1, data, report.data(),
                                                        length);
     };
-    const auto no_type = static_cast<HIDP_REPORT_TYPE>(3);
     const auto data = device.data();
     EXPECT_EQ(set(no_type, generic_desktop, 0, x, data, 2), HIDP_STATUS_INVALID_REPORT_TYPE);
     EXPECT_EQ(set(HidP_Output, generic_desktop, 0, x, data, 3), HIDP_STATUS_INVALID_REPORT_LENGTH);

@@ -10,11 +10,11 @@ using enum hidp::Tag;
 namespace {
 
 constexpr USHORT top_level = 0xFFFF;  // HIDP_LINK_COLLECTION_ROOT
-constexpr USHORT key_pad = 1;
+constexpr USHORT inner_collection = 1;
 constexpr USAGE volume = 0x30;
 
 /// The hook switch and a volume outside, a range of keys and a volume in a link collection.
-Collection phone() {
+Collection phone_with_key_pad() {
     return headset_with({{report_size, 1},
                          {report_count, 1},
                          {usage, hook_switch},
@@ -62,7 +62,7 @@ Outcomes<HIDP_VALUE_CAPS> values(const Collection& device, const Wanted& wanted,
 }
 
 TEST(SpecificCaps, OfAnythingAreAllOfTheirKind) {
-    const auto device = phone();
+    const auto device = phone_with_key_pad();
     const auto [status, found] = buttons(device, {});
     EXPECT_EQ(status, HIDP_STATUS_SUCCESS);
     ASSERT_EQ(found.size(), 2U);
@@ -72,29 +72,29 @@ TEST(SpecificCaps, OfAnythingAreAllOfTheirKind) {
 }
 
 TEST(SpecificCaps, OfAUsageInARangeAreTheWholeRange) {
-    const auto [status, found] = buttons(phone(), {telephony, 0, 0xB5});
+    const auto [status, found] = buttons(phone_with_key_pad(), {telephony, 0, 0xB5});
     EXPECT_EQ(status, HIDP_STATUS_SUCCESS);
     ASSERT_EQ(found.size(), 1U);
     EXPECT_EQ(found[0].Range.UsageMin, 0xB0);
     EXPECT_EQ(found[0].Range.UsageMax, 0xBB);
-    EXPECT_EQ(found[0].LinkCollection, key_pad);
+    EXPECT_EQ(found[0].LinkCollection, inner_collection);
     EXPECT_EQ(found[0].LinkUsage, 0x06);
 }
 
 TEST(SpecificCaps, EndWithTheRange) {
-    EXPECT_EQ(buttons(phone(), {telephony, 0, 0xAF}).status, HIDP_STATUS_USAGE_NOT_FOUND);
-    EXPECT_EQ(buttons(phone(), {telephony, 0, 0xB0}).status, HIDP_STATUS_SUCCESS);
-    EXPECT_EQ(buttons(phone(), {telephony, 0, 0xBB}).status, HIDP_STATUS_SUCCESS);
-    EXPECT_EQ(buttons(phone(), {telephony, 0, 0xBC}).status, HIDP_STATUS_USAGE_NOT_FOUND);
+    EXPECT_EQ(buttons(phone_with_key_pad(), {telephony, 0, 0xAF}).status, HIDP_STATUS_USAGE_NOT_FOUND);
+    EXPECT_EQ(buttons(phone_with_key_pad(), {telephony, 0, 0xB0}).status, HIDP_STATUS_SUCCESS);
+    EXPECT_EQ(buttons(phone_with_key_pad(), {telephony, 0, 0xBB}).status, HIDP_STATUS_SUCCESS);
+    EXPECT_EQ(buttons(phone_with_key_pad(), {telephony, 0, 0xBC}).status, HIDP_STATUS_USAGE_NOT_FOUND);
 }
 
 TEST(SpecificCaps, OfAUsageThatStandsTwiceAreBoth) {
-    EXPECT_EQ(values(phone(), {telephony, 0, volume}).result.size(), 2U);
+    EXPECT_EQ(values(phone_with_key_pad(), {telephony, 0, volume}).result.size(), 2U);
 }
 
 TEST(SpecificCaps, OfALinkCollectionAreItsOwn) {
-    const auto device = phone();
-    const auto inner = values(device, {0, key_pad, 0}).result;
+    const auto device = phone_with_key_pad();
+    const auto inner = values(device, {0, inner_collection, 0}).result;
     ASSERT_EQ(inner.size(), 1U);
     EXPECT_EQ(inner[0].BitSize, 4);
     const auto outer = values(device, {0, top_level, 0}).result;
@@ -103,9 +103,9 @@ TEST(SpecificCaps, OfALinkCollectionAreItsOwn) {
 }
 
 TEST(SpecificCaps, OfNothingThatThereIs) {
-    const auto device = phone();
+    const auto device = phone_with_key_pad();
     for (const Wanted& wanted : {Wanted{led_page, 0, 0}, Wanted{0, 2, 0}, Wanted{0, 0, 0x77},
-                                 Wanted{telephony, key_pad, hook_switch}}) {
+                                 Wanted{telephony, inner_collection, hook_switch}}) {
         const auto [status, found] = buttons(device, wanted);
         EXPECT_EQ(status, HIDP_STATUS_USAGE_NOT_FOUND);
         EXPECT_TRUE(found.empty());
@@ -117,7 +117,7 @@ TEST(SpecificCaps, OfNothingThatThereIs) {
 }
 
 TEST(SpecificCaps, NeedRoom) {
-    const auto device = phone();
+    const auto device = phone_with_key_pad();
     const auto [status, found] = values(device, {telephony, 0, volume}, 1);
     EXPECT_EQ(status, HIDP_STATUS_BUFFER_TOO_SMALL);
     ASSERT_EQ(found.size(), 2U) << "the room needed";
@@ -127,8 +127,7 @@ TEST(SpecificCaps, NeedRoom) {
 }
 
 TEST(SpecificCaps, CheckTheirArguments) {
-    const auto device = phone();
-    const auto no_type = static_cast<HIDP_REPORT_TYPE>(3);
+    const auto device = phone_with_key_pad();
     const auto& parser = hidp::parser();
     HIDP_BUTTON_CAPS button;
     HIDP_VALUE_CAPS value;

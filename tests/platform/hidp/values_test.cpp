@@ -1,10 +1,9 @@
 // Values in reports: read, written, scaled.
 #include <algorithm>
 #include <gtest/gtest.h>
-#include <limits>
 #include <ostream>
 
-#include "tests/platform/hidp/headset.h"
+#include "tests/platform/hidp/scaling.h"
 
 using namespace platform;
 using namespace hidp_test;
@@ -12,15 +11,6 @@ using hidp::Tag;
 using enum hidp::Tag;
 
 namespace {
-
-constexpr USAGE generic_desktop = 0x01;
-constexpr USAGE x = 0x30;
-constexpr USAGE y = 0x31;
-
-struct Range {
-    std::int64_t min;
-    std::int64_t max;
-};
 
 /// One field of `size` bits that begins at bit 3 of its report.
 Collection value_with(Range logical, Range physical, std::int64_t size, std::int64_t flags = data_variable) {
@@ -187,10 +177,6 @@ TEST_P(ScaledUsageValue, IsScaledToThePhysicalRange) {
     EXPECT_EQ(status, expected.status);
     EXPECT_EQ(scaled, expected.scaled);
 }
-
-constexpr std::int64_t lowest = std::numeric_limits<LONG>::min();
-constexpr std::int64_t highest = std::numeric_limits<LONG>::max();
-constexpr std::int64_t with_null = data_variable | null_state;
 
 const Scaling scalings[] = {
     {"WithoutPhysicalRange", {0, 255}, {0, 0}, 8, 200, HIDP_STATUS_SUCCESS, 200},

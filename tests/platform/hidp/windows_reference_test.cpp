@@ -21,7 +21,7 @@ json stored_fields(json capability) {
     return capability;
 }
 
-json to_json(const hidp::Capability& cap, const HIDP_LINK_COLLECTION_NODE& link) {
+json windows_fields(const hidp::Capability& cap, const HIDP_LINK_COLLECTION_NODE& link) {
     json result = reference::common_fields(cap, link);
     result.update({{"IsMultipleItemsForArray", int{cap.has_more_for_array}},
                    {"IsButtonCap", int{cap.is_button}},
@@ -110,7 +110,7 @@ TEST_F(WindowsReference, EveryStoredFieldOfEveryCapabilityIsThatOfTheDump) {
             for (std::size_t i = 0; i < actual.size(); ++i) {
                 SCOPED_TRACE(name + ", " + direction_names[type] + " " + std::to_string(i));
                 const auto& link = collection.data()->link_collections[actual[i].link_collection];
-                EXPECT_EQ(to_json(actual[i], link), stored_fields(expected[i]));
+                EXPECT_EQ(windows_fields(actual[i], link), stored_fields(expected[i]));
             }
         }
     }

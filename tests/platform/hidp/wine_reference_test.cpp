@@ -55,7 +55,7 @@ int flags(const hidp::Capability& cap) {
            flag(cap.is_designator_range, 128);
 }
 
-json to_json(const hidp::Capability& cap, const HIDP_LINK_COLLECTION_NODE& link) {
+json wine_fields(const hidp::Capability& cap, const HIDP_LINK_COLLECTION_NODE& link) {
     json result = reference::common_fields(cap, link);
     result.update({{"Flags", flags(cap)},
                    {"UsageMin", cap.usage_min},
@@ -104,7 +104,7 @@ void expect_stored(const Collection& collection, const json& record) {
         ASSERT_EQ(actual.size(), expected.size());
         for (std::size_t i = 0; i < actual.size(); ++i) {
             SCOPED_TRACE(std::string(names[type]) + " " + std::to_string(i));
-            expect_fields(to_json(actual[i], collection.data()->link_collections[actual[i].link_collection]),
+            expect_fields(wine_fields(actual[i], collection.data()->link_collections[actual[i].link_collection]),
                           expected[i]);
         }
     }

@@ -8,7 +8,7 @@
 #include "tools/common/text.h"
 #include "tools/headset/errors.h"
 
-namespace headset {
+namespace headset::explain_test {
 namespace {
 
 constexpr Usage off_hook{0x08, 0x17};
@@ -302,4 +302,4 @@ TEST(Explain, the_whole_text) {
 }
 
 }  // namespace
-}  // namespace headset
+}  // namespace headset::explain_test

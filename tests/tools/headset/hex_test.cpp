@@ -5,7 +5,7 @@
 #include "tools/common/usage.h"
 #include "tools/headset/errors.h"
 
-namespace headset {
+namespace headset::hex_test {
 namespace {
 
 std::string refusal(std::string_view text) {
@@ -54,4 +54,4 @@ TEST(ParseUsage, anything_else_is_none) {
 }
 
 }  // namespace
-}  // namespace headset
+}  // namespace headset::hex_test

@@ -5,7 +5,7 @@
 
 #include "tests/tools/headset/described_system.h"
 
-namespace headset {
+namespace headset::list_test {
 namespace {
 
 constexpr std::uint16_t own_vendor = ORVEX_CONFIGURED_VENDOR_ID;
@@ -112,4 +112,4 @@ TEST_F(List, without_hidapi_there_is_none) {
 }
 
 }  // namespace
-}  // namespace headset
+}  // namespace headset::list_test

@@ -13,7 +13,7 @@
 #include "tools/headset/commands.h"
 #include "tools/headset/errors.h"
 
-namespace headset {
+namespace headset::monitor_test {
 namespace {
 
 using platform::virtual_platform::FullUsage;
@@ -268,4 +268,4 @@ TEST_F(MonitorCommand, wrong_usages_are_told_before_anything_is_opened) {
 }
 
 }  // namespace
-}  // namespace headset
+}  // namespace headset::monitor_test

@@ -12,7 +12,7 @@
 #include "tools/common/text.h"
 #include "tools/headset/udev_rules.h"
 
-namespace headset {
+namespace headset::program_test {
 namespace {
 
 using test_support::ProgramResult;
@@ -331,4 +331,4 @@ TEST(Program, the_manual_names_every_command_and_option) {
 }
 
 }  // namespace
-}  // namespace headset
+}  // namespace headset::program_test

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace softphone {
+namespace softphone::state_test {
 namespace {
 
 constexpr Usage off_hook{0x08, 0x17};
@@ -138,4 +138,4 @@ TEST(LogBook, a_full_book_loses_its_oldest_lines_and_goes_on_finding) {
 }
 
 }  // namespace
-}  // namespace softphone
+}  // namespace softphone::state_test
