@@ -104,8 +104,9 @@ void expect_stored(const Collection& collection, const json& record) {
         ASSERT_EQ(actual.size(), expected.size());
         for (std::size_t i = 0; i < actual.size(); ++i) {
             SCOPED_TRACE(std::string(names[type]) + " " + std::to_string(i));
-            expect_fields(wine_fields(actual[i], collection.data()->link_collections[actual[i].link_collection]),
-                          expected[i]);
+            expect_fields(
+                wine_fields(actual[i], collection.data()->link_collections[actual[i].link_collection]),
+                expected[i]);
         }
     }
     const auto& nodes = collection.data()->link_collections;
