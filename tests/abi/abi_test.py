@@ -5,6 +5,7 @@ Usage: abi_test.py ROOT COMPILER
 """
 
 import pathlib
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -28,19 +29,31 @@ PLUGIN, VIRTUAL = "orvex/headset_plugin.h", "orvex/virtual_headset.h"
 
 
 class Interface(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        folder = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(folder.cleanup)
+        cls.original = pathlib.Path(folder.name)
+        first = cls()
+        first.start(cls.original)
+        (cls.original / "include/orvex").mkdir(parents=True)
+        (cls.original / "abi").mkdir()
+        first.build()
+        first.run_abi(abi.record, "1.2.0")
+
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
+        self.start(pathlib.Path(folder.name))
+        shutil.copytree(self.original, self.folder, dirs_exist_ok=True)
+
+    def start(self, folder):
+        self.folder = folder
         self.headers = {
             f"orvex/{header.name}": header.read_text(encoding="utf-8")
             for header in pathlib.Path(ROOT, "include/orvex").glob("*.h")
         }
         self.library = LIBRARY
-        (self.folder / "include/orvex").mkdir(parents=True)
-        (self.folder / "abi").mkdir()
-        self.build()
-        self.run_abi(abi.record, "1.2.0")
 
     def build(self):
         for name, text in self.headers.items():
