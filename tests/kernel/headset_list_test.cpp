@@ -244,7 +244,7 @@ TEST_F(HeadsetExplain, says_the_same_of_a_node_and_of_each_of_its_collections) {
         << explained;
     for (const char* part : {"2  Headset (0B:05)           opened",
                              "Phone Mute (0B:2F)  reaches the client as the mute key: 08 01",
-                             "a connected call  17 01, lit: Off-Hook"}) {
+                             "a connected call      17 01, lit: Off-Hook"}) {
         EXPECT_NE(explained.find(part), std::string::npos) << part << " in " << explained;
     }
     for (const char* collection : {":1", ":2", ":3"}) {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <ranges>
+#include <iterator>
 
 namespace softphone {
 namespace {
@@ -97,10 +97,10 @@ class PanelWriter {
     /// Adds a group of exactly `rows` lines, one per item; the last says how many more items there are.
     template <class Items>
     void group(std::string_view label, const Items& items, int rows, auto add_item) {
-        const int count = static_cast<int>(std::ranges::size(items));
+        const int count = static_cast<int>(std::size(items));
         // A single row has an item and the number of the others.
         const int shown = count > rows && rows > 1 ? rows - 1 : std::min(count, rows);
-        auto item = std::ranges::begin(items);
+        auto item = std::begin(items);
         for (int row = 0; row < rows; ++row) {
             PanelLine text = line(row == 0 ? label : "");
             if (row < shown)
@@ -153,8 +153,8 @@ void add_text(PanelLine& line, const std::string& text) {
 /// In one line, newest first, because the end of the line may not fit; nothing when there is none.
 Words newest_first(const std::deque<std::string>& recent) {
     std::string text;
-    for (const auto& word : recent | std::views::reverse)
-        text += (text.empty() ? "" : ", ") + word;
+    for (auto word = recent.rbegin(); word != recent.rend(); ++word)
+        text += (text.empty() ? "" : ", ") + *word;
     return text.empty() ? Words{} : Words{text};
 }
 
@@ -188,7 +188,7 @@ std::vector<std::string> render_panel(const State& state, std::string_view title
     const int rows = panel_rows(size);
     if (rows == 0)
         return {};
-    const auto newest_calls = state.calls.all() | std::views::reverse;
+    const std::vector<Call> newest_calls(state.calls.all().rbegin(), state.calls.all().rend());
     const Rows shares = share(rows, static_cast<int>(newest_calls.size()));
     PanelWriter panel(size, style);
     panel.put(panel.full_line().add(" softphone  ", Colour::bold).add(title, Colour::dim));
