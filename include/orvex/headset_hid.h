@@ -46,11 +46,13 @@ struct hid_device_; /**< hidapi's hid_device */
  * far; a usage stays on until it is set again with value 0. The report is not sent: pass it to hid_write().
  * \param device           the headset
  * \param usage_page       usage page of the indicator
- * \param usage            usage of the indicator; one that the descriptor has only inside a usage range is
- * not found \param value            0: off; every other value: on \param[out] buffer      gets the report. It
- * must have room for the longest output report of the headset; this is not checked. \param[out] out_length
- * gets the length of the report \return 0; -1 when an argument is NULL, the handle is not open, the headset
- * has no such indicator, or the report cannot be built. `buffer` and `out_length` are left alone then. */
+ * \param usage            usage of the indicator; one that is only inside a usage range is not found
+ * \param value            0: off; every other value: on
+ * \param[out] buffer      gets the report. It must have room for the longest output report of the headset;
+ *                         this is not checked.
+ * \param[out] out_length  gets the length of the report
+ * \return 0; -1 when an argument is NULL, the handle is not open, the headset has no such indicator, or the
+ *         report cannot be built. `buffer` and `out_length` are left alone then. */
 ORVEX_API int hid_gen_led_event(struct hid_device_* device, uint16_t usage_page, uint16_t usage,
                                 uint32_t value, uint8_t* buffer, uint32_t* out_length);
 
@@ -63,9 +65,9 @@ ORVEX_API int hid_gen_led_event(struct hid_device_* device, uint16_t usage_page,
  * \param[out] buffer      gets the report, as in hid_gen_led_event()
  * \param[out] out_length  gets the length of the report
  * \return 0. **Also 0, with `buffer` and `out_length` left alone**, when the headset lacks one of the
- *         indicators; those before it are set. Initialise `out_length` with 0 to tell the two apart. -1 when
- * an argument is NULL or the handle is not open. When the report cannot be built: 1, or -1 where `count` is
- * 0. */
+ *         indicators; those before it are set. Initialise `out_length` with 0 to tell the two apart.
+ *         -1 when an argument is NULL or the handle is not open. When the report cannot be built: 1, or -1
+ *         where `count` is 0. */
 ORVEX_API int hid_gen_led_events(struct hid_device_* device, uint16_t usage_page, const uint16_t* usages,
                                  const uint32_t* values, int32_t count, uint8_t* buffer,
                                  uint32_t* out_length);
@@ -73,10 +75,13 @@ ORVEX_API int hid_gen_led_events(struct hid_device_* device, uint16_t usage_page
 /** Looks for a pressed mute key in an input report: usage 0x2F or 0xB5 of any page.
  *
  * The handle remembers the last report of each report id: a mute key in a report of one id is still found
- * when a report of another id arrives. Where the key is declared as absolute, a report without it can count,
- * too. \param device  the headset \param report  the report, as hid_read() returns it. For a headset without
- * report ids it may begin with the byte 0 or lack it. \param length  its length \return 1 when a mute key is
- * pressed; -1 when none is, an argument is NULL, the handle is not open, or the report cannot be decoded */
+ * when a report of another id arrives. If the key is declared as absolute, a report without it can count too.
+ * \param device  the headset
+ * \param report  the report, as hid_read() returns it. For a headset without report ids it may begin with
+ *                the byte 0 or lack it.
+ * \param length  its length
+ * \return 1 when a mute key is pressed; -1 when none is, an argument is NULL, the handle is not open, or the
+ *         report cannot be decoded */
 ORVEX_API int hid_process_read(struct hid_device_* device, const uint8_t* report, int32_t length);
 
 /** Asks whether the headset has reports of an id.

@@ -304,8 +304,7 @@ class IPluginCallControlCallback {
     /// Reports that a call came in.
     /// \param unused   not used
     /// \param cid      the call
-    /// \param ringing  with false the headset is left as it is. **A call that is up becomes silent with
-    /// false**:
+    /// \param ringing  with false the headset is left as it is. **A call that is up becomes silent then**:
     ///                 no mute, key or indicator follows it until it is reported as ringing or connected
     ///                 again.
     virtual void incomingCall(const std::string& unused, const std::string& cid, bool ringing) = 0;
@@ -422,8 +421,8 @@ class IPluginConfigCallback {
     /// one look. The hook outlives stop.
     ///
     /// **The hook runs under the plug-in's lock and must not wait for another thread.** That thread may be in
-    /// a call of the plug-in, which waits for the lock: neither would go on. \param hook  gets USB vendor and
-    /// product id and returns false to have the headset ignored; copied. An
+    /// a call of the plug-in, which waits for the lock: neither would go on.
+    /// \param hook  gets USB vendor and product id and returns false to have the headset ignored; copied. An
     ///              empty function admits every headset.
     virtual void registerDeviceAvailabilityHook(const std::function<bool(int, int)>& hook) = 0;
 

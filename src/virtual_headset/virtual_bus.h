@@ -84,9 +84,9 @@ class VirtualBus {
   public:
     using Limit = std::chrono::milliseconds;
 
-    /// \param device_changed  told of every interface that arrived (true) or left (false); called without a
-    /// lock held \param make_sleeper    for writes that hang \param transport  carries the headsets out of
-    /// the process, or null; outlives the bus
+    /// \param device_changed  told of every interface that arrived (true) or left (false), with no lock held
+    /// \param make_sleeper    for writes that hang
+    /// \param transport       carries the headsets out of the process, or null; outlives the bus
     VirtualBus(std::function<void(bool arrived)> device_changed,
                std::function<std::unique_ptr<Sleeper>()> make_sleeper, Transport* transport = nullptr);
     ~VirtualBus();

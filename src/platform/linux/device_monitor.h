@@ -17,8 +17,8 @@ namespace platform::linux_platform {
 class DeviceMonitor {
   public:
     /// Listens from the moment on that this returns. Throws LibraryError without libudev, std::system_error
-    /// where the system refuses. \param changed  told of a node that arrived, or may have (true), or left
-    /// (false); on the thread
+    /// where the system refuses.
+    /// \param changed  told of a node that arrived, or may have (true), or left (false); on the thread
     explicit DeviceMonitor(std::function<void(bool arrived)> changed);
     /// Waits until `changed` is not running.
     ~DeviceMonitor();
