@@ -8,8 +8,12 @@ set(orvex_standard_headers
     <algorithm> <array> <atomic> <chrono> <cstdint> <cstdio> <functional> <map> <memory> <mutex> <optional> <span>
     <string> <string_view> <system_error> <thread> <utility> <vector>)
 
+# Beside the headers, most of the time goes into templates that nearly every file instantiates. Several files are therefore
+# compiled as one unit where the headers are precompiled. Names in the unnamed namespaces of one folder differ.
+option(ORVEX_UNITY "Compile several files as one unit in tests and tools" ON)
+
 # orvex_precompiled_headers(NAME LIBRARY|PROGRAM headers...): headers for the libraries or programs that say
-# target_precompile_headers(... REUSE_FROM NAME). The two kinds differ in how their addresses are made.
+# orvex_compile_together(... NAME). The two kinds differ in how their addresses are made.
 function(orvex_precompiled_headers name kind)
   # A target has to have a source.
   set(source ${CMAKE_CURRENT_BINARY_DIR}/${name}.cpp)
@@ -19,5 +23,13 @@ function(orvex_precompiled_headers name kind)
   if(kind STREQUAL PROGRAM)
     set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE OFF)
     target_compile_options(${name} PRIVATE ${CMAKE_CXX_COMPILE_OPTIONS_PIE})
+  endif()
+endfunction()
+
+# orvex_compile_together(TARGET HEADERS): compiles a target with these headers, if there are such, several files at once.
+function(orvex_compile_together target headers)
+  if(TARGET ${headers})
+    target_precompile_headers(${target} REUSE_FROM ${headers})
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ${ORVEX_UNITY} UNITY_BUILD_BATCH_SIZE 8)
   endif()
 endfunction()

@@ -9,6 +9,7 @@
 
 namespace headset_plugin {
 
+using platform::any_link_collection;
 using platform::HIDP_BUTTON_CAPS;
 using platform::HidP_Input;
 using platform::HIDP_STATUS_NULL;
@@ -17,8 +18,6 @@ using platform::HIDP_VALUE_CAPS;
 using platform::MutexLock;
 
 namespace {
-
-constexpr platform::USHORT any_link_collection = 0;
 
 /// Phone Mute of the Telephony page (HID Usage Tables, 14.1), and a second usage that headsets are known to
 /// send it by.

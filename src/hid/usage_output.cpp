@@ -7,14 +7,12 @@
 
 namespace headset_plugin {
 
+using platform::any_link_collection;
 using platform::HidP_Output;
 using platform::HIDP_STATUS_SUCCESS;
 using platform::MutexLock;
 
 namespace {
-
-/// The whole collection, as far as the parser's functions care.
-constexpr platform::USHORT any_link_collection = 0;
 
 /// The report that holds a usage; 0 where no capability declares it as its single usage.
 std::uint8_t find_report_id(const hid_device& device, std::uint16_t usage_page, std::uint16_t usage) {

@@ -158,6 +158,9 @@ struct HIDP_DATA {
     };
 };
 
+/// Stands for every link collection where a HidP_ function takes the number of one.
+inline constexpr USHORT any_link_collection = 0;
+
 struct HIDP_LINK_COLLECTION_NODE {
     USAGE LinkUsage;
     USAGE LinkUsagePage;

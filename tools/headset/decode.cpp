@@ -10,6 +10,7 @@
 namespace headset {
 namespace {
 
+using platform::any_link_collection;
 using platform::HIDP_STATUS_SUCCESS;
 using platform::PHIDP_PREPARSED_DATA;
 using platform::ULONG;
@@ -17,8 +18,6 @@ using platform::USAGE;
 using platform::USHORT;
 using platform::hidp::parser;
 using tools::Bytes;
-
-constexpr USHORT any_link_collection = 0;
 
 /// A link collection as the parser's functions take it, to whom 0 is any.
 USHORT link_argument(const Capability& capability) {

@@ -71,13 +71,13 @@ bool apply(std::span<const Check<Subject>> checks, const Subject& subject, const
 
 // ---- telling it
 
-const char* to_string(Severity severity) {
+const char* name_of(Severity severity) {
     static constexpr const char* names[] = {"note", "warning", "error"};
     return names[static_cast<int>(severity)];
 }
 
 std::string finding_text(const Finding& finding) {
-    return std::string(to_string(finding.severity)) + ", " + finding.name +
+    return std::string(name_of(finding.severity)) + ", " + finding.name +
            (finding.headset.empty() ? "" : ": " + finding.headset) + "\n  " + tools::printable(finding.text) +
            "\n  Remedy: " + tools::printable(finding.remedy) + "\n\n";
 }
@@ -152,7 +152,7 @@ std::string to_text(const Diagnosis& diagnosis) {
 Json to_json(const Diagnosis& diagnosis) {
     Json findings = Json::array();
     for (const auto& finding : diagnosis.findings)
-        findings.push_back({{"severity", to_string(finding.severity)},
+        findings.push_back({{"severity", name_of(finding.severity)},
                             {"name", finding.name},
                             {"headset", finding.headset.empty() ? Json() : Json(finding.headset)},
                             {"text", finding.text},

@@ -9,14 +9,13 @@
 namespace headset {
 namespace {
 
+using platform::any_link_collection;
 using platform::HIDP_STATUS_BUTTON_NOT_PRESSED;
 using platform::HIDP_STATUS_SUCCESS;
 using platform::ULONG;
 using platform::USAGE;
 using platform::hidp::parser;
 using tools::Bytes;
-
-constexpr platform::USHORT any_link_collection = 0;
 
 std::optional<std::int64_t> parse_value(std::string_view text) {
     if (text.starts_with("0x") || text.starts_with("0X"))
@@ -25,7 +24,7 @@ std::optional<std::int64_t> parse_value(std::string_view text) {
 }
 
 /// A report that is being made, in the length that the parser wants.
-struct Report {
+struct NewReport {
     PHIDP_PREPARSED_DATA data;
     HIDP_REPORT_TYPE direction;
     Bytes bytes;
@@ -80,14 +79,14 @@ Place find_place(const Collections& collections, HIDP_REPORT_TYPE direction,
     return places.front();
 }
 
-Report empty_report(const Place& place, HIDP_REPORT_TYPE direction) {
-    Report report{place.data, direction, Bytes(longest_report(place.data, direction))};
+NewReport empty_report(const Place& place, HIDP_REPORT_TYPE direction) {
+    NewReport report{place.data, direction, Bytes(longest_report(place.data, direction))};
     parser().HidP_InitializeReportForID(direction, place.capability.report_id, place.data,
                                         report.bytes.data(), report.length());
     return report;
 }
 
-void set_button(Report& report, Usage button, std::int64_t value) {
+void set_button(NewReport& report, Usage button, std::int64_t value) {
     if (value != 0 && value != 1)
         throw Refused(usage_label(button) + " is a button: it can be 0 or 1, not " + std::to_string(value));
     USAGE usage = button.id;
@@ -100,7 +99,7 @@ void set_button(Report& report, Usage button, std::int64_t value) {
         throw Refused("the report has no room for " + usage_label(button));
 }
 
-void set_value(Report& report, const Capability& capability, Usage usage, std::int64_t value) {
+void set_value(NewReport& report, const Capability& capability, Usage usage, std::int64_t value) {
     const auto bits = capability.field_bits();
     const std::int64_t room = std::int64_t{1} << bits;
     const std::int64_t least = capability.logical_min < 0 && bits > 0 ? -room / 2 : 0;
@@ -130,7 +129,7 @@ Assignment parse_assignment(std::string_view text) {
 
 std::vector<EncodedReport> encode(const Collections& collections, HIDP_REPORT_TYPE direction,
                                   std::span<const Assignment> assignments) {
-    std::map<std::uint8_t, Report> reports;
+    std::map<std::uint8_t, NewReport> reports;
     for (const Assignment& assignment : assignments) {
         const Place place = find_place(collections, direction, assignment.usages);
         auto& report =

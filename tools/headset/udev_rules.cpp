@@ -8,7 +8,7 @@
 namespace headset {
 namespace {
 
-constexpr const char* heading =
+constexpr const char* sound_heading =
     "# USB headsets: whoever sits at the machine may open their hidraw nodes.\n"
     "# Made by \"headset udev-rules\".\n"
     "\n"
@@ -50,7 +50,7 @@ bool has_rule_for(const std::string& rules, std::int32_t vendor_id, bool has_sou
 }
 
 std::string udev_rules() {
-    std::string text = heading + sound_card_rules() + '\n' + makers_heading;
+    std::string text = sound_heading + sound_card_rules() + '\n' + makers_heading;
     std::string_view last_name;
     for (const auto vendor_id : headset_makers) {
         const char* const name = headset_plugin::vendor_name(vendor_id);

@@ -6,21 +6,21 @@
 namespace softphone {
 namespace {
 
-struct StepRow {
+struct CallStepRow {
     CallStep step;
     void (*change)(Call& call);
     bool needs_call = true;  ///< the others begin a call that is not known
 };
 
 // One row per step, in the order of the enumeration.
-constexpr std::array steps{
-    StepRow{CallStep::ringback, [](Call& call) { call.phase = CallPhase::ringback; }, false},
-    StepRow{CallStep::connect, [](Call& call) { call.phase = CallPhase::connected; }, false},
-    StepRow{CallStep::hold, [](Call& call) { call.phase = CallPhase::held; }},
-    StepRow{CallStep::resume, [](Call& call) { call.phase = CallPhase::connected; }},
-    StepRow{CallStep::end, [](Call& call) { call.phase = CallPhase::ended; }},
-    StepRow{CallStep::mute, [](Call& call) { call.muted = true; }},
-    StepRow{CallStep::unmute, [](Call& call) { call.muted = false; }},
+constexpr std::array call_steps{
+    CallStepRow{CallStep::ringback, [](Call& call) { call.phase = CallPhase::ringback; }, false},
+    CallStepRow{CallStep::connect, [](Call& call) { call.phase = CallPhase::connected; }, false},
+    CallStepRow{CallStep::hold, [](Call& call) { call.phase = CallPhase::held; }},
+    CallStepRow{CallStep::resume, [](Call& call) { call.phase = CallPhase::connected; }},
+    CallStepRow{CallStep::end, [](Call& call) { call.phase = CallPhase::ended; }},
+    CallStepRow{CallStep::mute, [](Call& call) { call.muted = true; }},
+    CallStepRow{CallStep::unmute, [](Call& call) { call.muted = false; }},
 };
 
 }  // namespace
@@ -39,9 +39,9 @@ void Phone::incoming(const std::string& cid, bool ringing) {
 }
 
 void Phone::perform(CallStep step, const std::string& cid) {
-    const StepRow& row = steps.at(static_cast<std::size_t>(step));
+    const CallStepRow& row = call_steps.at(static_cast<std::size_t>(step));
     if (row.needs_call && !calls_.find(cid))
-        throw CommandError("there is no call " + quoted(cid) + "; see calls");
+        throw CommandError("there is no call " + tools::quoted(cid) + "; see calls");
     change(cid, row.change);
     host_.report(step, cid);
 }

@@ -11,7 +11,7 @@ namespace {
 
 constexpr const char* prompt = "softphone> ";
 // More than any screen has rows.
-constexpr std::size_t kept_lines = 500;
+constexpr std::size_t kept_log_lines = 500;
 
 bool hung_up() {
     pollfd source{STDIN_FILENO, POLLIN, 0};
@@ -36,7 +36,7 @@ void Terminal::line(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
     std::fputc('\n', stdout);
     lines_.emplace_back(text);
-    if (lines_.size() > kept_lines)
+    if (lines_.size() > kept_log_lines)
         lines_.pop_front();
 }
 

@@ -25,7 +25,7 @@ void restore_former_actions() {
 void rescue(int signal) {
     // No scroll region, a visible cursor, and the last row (DECSTBM, DECTCEM, CUP).
     constexpr std::string_view whole_screen = "\x1b[r\x1b[?25h\x1b[999;1H\r\n";
-    [[maybe_unused]] const auto ignored = write(STDOUT_FILENO, whole_screen.data(), whole_screen.size());
+    [[maybe_unused]] const auto ignored = ::write(STDOUT_FILENO, whole_screen.data(), whole_screen.size());
     tcsetattr(STDIN_FILENO, TCSANOW, &g_modes);
     // Delivered on return, now to the former effect.
     restore_former_actions();

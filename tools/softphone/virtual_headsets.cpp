@@ -46,7 +46,7 @@ int VirtualHeadsets::plug(const std::string& model, const std::optional<std::str
     Words names;
     std::ranges::transform(models(), std::back_inserter(names), &ModelListed::name);
     if (std::ranges::count(names, model) == 0)
-        throw CommandError("there is no model " + quoted(model) + "; there are " + join(names));
+        throw CommandError("there is no model " + tools::quoted(model) + "; there are " + join(names));
     const int headset = api().plug(model.c_str(), serial ? serial->c_str() : nullptr);
     check(headset);
     return headset;
@@ -75,7 +75,7 @@ void VirtualHeadsets::send_report(int headset, std::span<const std::uint8_t> rep
 void VirtualHeadsets::misbehave(int headset, const std::string& fault) {
     const auto row = std::ranges::find(fault_rows, fault, &FaultRow::name);
     if (row == fault_rows.end())
-        throw CommandError(quoted(fault) + " is no fault; there are " + join(faults()));
+        throw CommandError(tools::quoted(fault) + " is no fault; there are " + join(faults()));
     check(api().misbehave(headset, row->fault));
 }
 
