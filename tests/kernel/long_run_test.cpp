@@ -1,8 +1,12 @@
 // What shows over time only: what is kept after a headset has gone, and what happens while nothing happens.
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <malloc.h>
+#include <set>
+#include <string>
+#include <system_error>
 #include <unistd.h>
 
 #include "tests/kernel/plugin_on_kernel.h"
@@ -34,17 +38,27 @@ std::size_t count_memory() {
     return mallinfo2().uordblks;
 }
 
-std::size_t count_entries(const char* folder) {
-    const std::filesystem::directory_iterator entries(folder);
-    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+/// The files, devices and sockets that the process has open.
+std::multiset<std::string> open_files() {
+    std::multiset<std::string> files;
+    std::error_code gone;
+    for (const auto& descriptor : std::filesystem::directory_iterator("/proc/self/fd")) {
+        files.insert(std::filesystem::read_symlink(descriptor, gone));
+    }
+    return files;
 }
 
-std::size_t count_descriptors() {
-    return count_entries("/proc/self/fd");
+/// Whether nobody closes a headset or looks for headsets.
+bool has_no_device_open() {
+    const auto files = open_files();
+    return std::none_of(files.begin(), files.end(), [](const std::string& file) {
+        return file.starts_with("/dev/hidraw") || file.starts_with("/sys/") || file.starts_with("/run/udev/");
+    });
 }
 
 std::size_t count_all_threads() {
-    return count_entries("/proc/self/task");
+    const std::filesystem::directory_iterator threads("/proc/self/task");
+    return static_cast<std::size_t>(std::distance(begin(threads), end(threads)));
 }
 
 TEST_F(LongRun, two_hundred_headsets_come_and_go_and_leave_nothing_behind) {
@@ -55,17 +69,20 @@ TEST_F(LongRun, two_hundred_headsets_come_and_go_and_leave_nothing_behind) {
     constexpr std::size_t tolerance = 16;
     ASSERT_STREQ(std::getenv("GLIBC_TUNABLES"), "glibc.malloc.tcache_count=0");
     start();
+    const std::size_t threads = count_all_threads();
     for (int i = 0; i < first_headsets; ++i) {
         cycle();
     }
-    const std::size_t descriptors = count_descriptors();
-    const std::size_t threads = count_all_threads();
+    ASSERT_TRUE(eventually(has_no_device_open)) << testing::PrintToString(open_files());
+    const auto files = open_files();
     const std::size_t memory = count_memory();
     for (int i = 0; i < headsets; ++i) {
         cycle();
     }
-    EXPECT_TRUE(eventually([&] { return count_descriptors() == descriptors; })) << count_descriptors();
-    EXPECT_TRUE(eventually([&] { return count_all_threads() == threads; })) << count_all_threads();
+    EXPECT_TRUE(eventually([&] { return open_files() == files; }))
+        << testing::PrintToString(open_files()) << " after " << testing::PrintToString(files);
+    EXPECT_TRUE(eventually([&] { return count_all_threads() == threads; }))
+        << count_all_threads() << " after " << threads;
     EXPECT_TRUE(eventually([&] { return count_memory() < memory + headsets * tolerance; }))
         << count_memory() << " after " << memory;
 }
