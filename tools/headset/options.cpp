@@ -44,12 +44,12 @@ struct CommandHelp {
 
 constexpr CommandHelp doctor_help = {
     "doctor", "find out why calls do not work, and what to do about it",
-    "Checks the machine, and every device that has a collection of the Telephony page or a sound card. Each\n"
-    "finding says what is wrong and what you can do about it:\n"
+    "Checks the machine, and every device that has a collection of the Telephony page or is also a sound card.\n"
+    "Each finding says what is wrong and what you can do about it:\n"
     "  error     calls do not work\n"
     "  warning   calls work, but a part of them does not\n"
     "  note      something else that you should know\n"
-    "The end says which keys and indicators of each headset work in a call, and which do not.\n"
+    "At the end it says which keys and indicators of each headset work in a call, and which do not.\n"
     "\n"
     "Run it as the user who makes the calls, in the same session or container as the client.\n"
     "\n"
@@ -81,8 +81,8 @@ constexpr CommandHelp explain_help = {
     "headset is not opened, so you do not need permission. The vendor decides whether the plug-in has a driver. A\n"
     "descriptor without a vendor is treated as one of a vendor with a driver.\n"
     "\n"
-    "PATH is a node, or a node and a collection, as \"headset list\" shows them. SERIAL is a serial number. A file\n"
-    "is used first if it has the same name.\n"
+    "PATH is a node, or a node and a collection, as \"headset list\" shows them. SERIAL is a serial number. If a\n"
+    "file has the same name, the file is used.\n"
     "\n"
     "Examples:\n"
     "  headset explain /dev/hidraw3\n"
@@ -148,12 +148,12 @@ constexpr CommandHelp decode_help = {
 
 constexpr CommandHelp encode_help = {
     "encode", "make reports that set usages",
-    "Makes reports in which nothing but these usages is set, and prints their bytes, the id first: one report per\n"
-    "line, in the order of the ids.\n"
+    "Makes reports in which only these usages are set, and prints their bytes, the id first: one report per line,\n"
+    "in the order of the ids.\n"
     "\n"
     "USAGE is PAGE:USAGE in hexadecimal, or a name as \"headset decode\" prints it, such as \"Phone Mute\". VALUE is\n"
     "decimal, or hexadecimal with 0x; the default is 1. For a button, 0 clears it. If a usage is in several\n"
-    "reports, the first one is made.\n"
+    "reports, it is set in the first one.\n"
     "\n"
     "Examples:\n"
     "  headset encode jabra.hid Off-Hook 08:09             the off-hook and the mute indicator lit\n"

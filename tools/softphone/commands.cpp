@@ -203,12 +203,12 @@ void quit(Softphone& softphone, const Words& /*words*/) {
 constexpr std::array table{
     Command{"incoming", "CID [silent]", "a call comes in and rings",
             "With `silent` the call does not ring, and the headset does not change.", incoming},
-    Command{"ringback", "CID", "the other side of an outgoing call rings",
+    Command{"ringback", "CID", "the far end of an outgoing call rings",
             "The headset shows that it is in use.", perform<CallStep::ringback>},
-    Command{"connect", "CID", "a call is up", "", perform<CallStep::connect>},
+    Command{"connect", "CID", "a call is connected", "", perform<CallStep::connect>},
     Command{"hold", "CID", "a call is held", "", perform<CallStep::hold>},
-    Command{"resume", "CID", "a held call is up again", "", perform<CallStep::resume>},
-    Command{"end", "CID", "a call is over", "", perform<CallStep::end>},
+    Command{"resume", "CID", "a held call is resumed", "", perform<CallStep::resume>},
+    Command{"end", "CID", "a call ends", "", perform<CallStep::end>},
     Command{"mute", "CID", "a call is muted", "", perform<CallStep::mute>},
     Command{"unmute", "CID", "a call is unmuted", "", perform<CallStep::unmute>},
     Command{
@@ -221,9 +221,9 @@ constexpr std::array table{
     Command{
         "device", "[HEADSET|ID|none [NAME [SERIAL]]]", "chooses the audio device for calls",
         "Without arguments it shows the audio devices of the headsets. HEADSET chooses the audio device of this "
-        "headset; its id has the product and the serial number in it, as on a desktop. ID, NAME and SERIAL are "
-        "passed to the plug-in unchanged. `none` means no device. If you unplug a headset and plug it in again, "
-        "choose it again.",
+        "headset; its id contains the product and the serial number, as on a desktop. ID, NAME and SERIAL are "
+        "passed to the plug-in unchanged. `none` passes an empty id, which changes nothing. If you "
+        "unplug a headset and plug it in again, choose it again.",
         device},
     Command{"headsets", "", "shows the headsets",
             "Virtual ones, and real ones with telephony. If there is none, it says why.", headsets},
@@ -234,24 +234,25 @@ constexpr std::array table{
         "to end, HoldCall to hold of the connected call, ResumeCall to resume, muteCall to mute, unmuteCall to "
         "unmute.",
         automatic},
-    Command{"stop", "", "stops the plug-in", "The calls continue, but the plug-in does not hear of them.",
+    Command{"stop", "", "stops the plug-in", "The calls continue, but they are not reported to the plug-in.",
             stop},
-    Command{"start", "", "starts the plug-in again",
-            "It has forgotten everything. Send the calls with `sync` and the audio device with `device`.",
-            start},
-    Command{"models", "", "shows what can be plugged", "", models},
     Command{
-        "plug", "MODEL [SERIAL] [as NAME]", "plugs a virtual headset",
+        "start", "", "starts the plug-in again",
+        "It knows no calls and no audio device. Send the calls with `sync` and the audio device with `device`.",
+        start},
+    Command{"models", "", "shows the models that you can plug in", "", models},
+    Command{
+        "plug", "MODEL [SERIAL] [as NAME]", "plugs in a virtual headset",
         "SERIAL replaces the serial number of the model. NAME is the name of the headset in other commands; the "
         "default is the name of the model.",
         plug},
     Command{"unplug", "HEADSET", "unplugs a virtual headset", "", unplug},
-    Command{"replug", "HEADSET", "plugs an unplugged headset again",
-            "It has the same path, and its indicators are dark.", replug},
+    Command{"replug", "HEADSET", "plugs in an unplugged headset again",
+            "Its indicators are dark. Choose it again with `device`.", replug},
     Command{
         "press", "[HEADSET] KEY", "presses and releases a key",
         "KEY is a name, such as mute, hook or flash, or PAGE:USAGE in hexadecimal, such as 0B:2F. You can omit "
-        "HEADSET if only one is plugged.",
+        "HEADSET if only one is plugged in.",
         press},
     Command{"key", "[HEADSET] KEY up|down", "moves a key and leaves it there", "For example a hook switch.",
             key},
@@ -264,13 +265,13 @@ constexpr std::array table{
         "unplug-in-write.",
         fault},
     Command{
-        "expect", "CONDITION...", "waits for something, and fails if it does not come",
+        "expect", "CONDITION...", "waits for something, and fails if it does not happen",
         "It waits 2 seconds at most, or MS milliseconds with `within MS` at the end. Requests, reports, notices and "
-        "log lines are taken in their order, each once. The conditions:",
+        "log lines are claimed in the order of their arrival, each once. The conditions:",
         expect},
     Command{
-        "forget", "", "forgets what came and was not expected",
-        "The next `expect action`, `report`, `ready`, `removed`, `log` or `no` only looks at what comes from now on.",
+        "forget", "", "ignores everything that has happened so far",
+        "The next `expect action`, `report`, `ready`, `removed`, `log` or `no` only considers what comes after this.",
         forget},
     Command{"wait", "MS", "waits for some milliseconds", "", wait},
     Command{"say", "TEXT...", "prints a line", "", say},
