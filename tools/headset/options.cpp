@@ -21,7 +21,7 @@ constexpr const char* description =
 constexpr const char* footer =
     "A DESCRIPTOR is a file, or hexadecimal text if no file has that name. `-` is standard input. The content\n"
     "of a file can have one of these forms:\n"
-    "  hexadecimal text   pairs of digits. Spaces, commas, line breaks and 0x are allowed; # begins a comment\n"
+    "  hexadecimal text   pairs of digits. Spaces, commas, colons, line breaks and 0x are allowed; # begins a comment\n"
     "  binary             the bytes themselves, as in /sys/class/hidraw/hidraw0/device/report_descriptor\n"
     "  hid-recorder       a recording: lines N:, P:, I:, R: and E:\n"
     "  usbhid-dump        its output: a header line with :DESCRIPTOR, then lines of bytes\n"

@@ -270,7 +270,7 @@ constexpr std::array table{
         "log lines are claimed in the order of their arrival, each once. The conditions:",
         expect},
     Command{
-        "forget", "", "ignores everything that has happened so far",
+        "forget", "", "ignores the events that have arrived so far",
         "The next `expect action`, `report`, `ready`, `removed`, `log` or `no` only considers what comes after this.",
         forget},
     Command{"wait", "MS", "waits for some milliseconds", "", wait},
