@@ -35,7 +35,9 @@ bool make_private_folder(const fs::path& file) {
     fs::path folder;
     for (const auto& part : file.parent_path()) {
         folder /= part;
-        if (!fs::is_directory(folder, error) && mkdir(folder.c_str(), S_IRWXU) != 0)
+        // Another process may make it at the same time.
+        if (!fs::is_directory(folder, error) && mkdir(folder.c_str(), S_IRWXU) != 0 &&
+            !fs::is_directory(folder, error))
             return false;
     }
     return !folder.empty();

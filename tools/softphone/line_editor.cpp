@@ -20,9 +20,17 @@ void read_kept_history() {
         read_history(file.c_str());
 }
 
-void keep_history() {
-    if (const auto file = history_file(); !file.empty() && make_private_folder(file))
-        write_history(file.c_str());
+/// Adds these lines to the file. It is read once more, since another softphone may have added its own
+/// meanwhile. libedit's append_history() adds one line too many.
+void keep_history(const Words& lines) {
+    const auto file = history_file();
+    if (lines.empty() || file.empty() || !make_private_folder(file))
+        return;
+    clear_history();
+    read_history(file.c_str());
+    for (const auto& line : lines)
+        add_history(line.c_str());
+    write_history(file.c_str());
 }
 
 LineEditor* g_editor = nullptr;
@@ -48,7 +56,7 @@ LineEditor::LineEditor(const char* prompt, LineTaker take_line, Completer comple
 
 LineEditor::~LineEditor() {
     rl_callback_handler_remove();
-    keep_history();
+    keep_history(lines_);
     g_editor = nullptr;
 }
 
@@ -112,8 +120,10 @@ void LineEditor::line_finished(char* line) {
     if (!line)
         return;
     g_editor->finished_->emplace(line);
-    if (*line)
+    if (*line) {
         add_history(line);
+        g_editor->lines_.emplace_back(line);
+    }
     std::free(line);
 }
 

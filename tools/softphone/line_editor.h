@@ -57,6 +57,7 @@ class LineEditor {
     /// returned, since what a command throws must not pass through C, nor a command print while libedit
     /// draws.
     std::optional<std::optional<std::string>> finished_;
+    Words lines_;  ///< what this run adds to the history
     bool hidden_ = false;
     bool taking_ = false;
 };

@@ -185,6 +185,24 @@ TEST_F(HistoryTest, is_kept_between_runs_for_this_user_alone) {
     run_with_state(folder_, "\x1b[A\x1b[A\r", "\r\nhello");
 }
 
+TEST_F(HistoryTest, keeps_the_lines_of_two_that_run_at_once) {
+    TerminalProgram one({"--library", ORVEX_VIRTUAL_LIBRARY}, 30, 100, folder_);
+    TerminalProgram other({"--library", ORVEX_VIRTUAL_LIBRARY}, 30, 100, folder_);
+    ASSERT_TRUE(one.shows(prompt));
+    ASSERT_TRUE(other.shows(prompt));
+    one.type("say one\r");
+    EXPECT_TRUE(one.shows("\r\none"));
+    other.type("say other\r");
+    EXPECT_TRUE(other.shows("\r\nother"));
+    one.type("quit\r");
+    EXPECT_EQ(one.wait_for_end(), 0);
+    other.type("quit\r");
+    EXPECT_EQ(other.wait_for_end(), 0);
+    // Of both the last line is "quit".
+    run_with_state(folder_, "\x1b[A\x1b[A\r", "\r\nother");
+    run_with_state(folder_, "\x1b[A\x1b[A\x1b[A\x1b[A\x1b[A\x1b[A\r", "\r\none");
+}
+
 TEST_F(HistoryTest, is_not_kept_where_the_folder_cannot_be_made) {
     std::filesystem::create_directories(base_);
     std::ofstream(base_ / "file") << "";
