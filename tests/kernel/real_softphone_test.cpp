@@ -57,7 +57,7 @@ TEST_F(RealSoftphone, has_no_permission_without_rules_and_shows_the_call_as_soon
     RunningProgram phone("/bin/su", {"user", "-s", "/bin/sh", "-c", ORVEX_SOFTPHONE " --real"});
     phone.type("device");
     phone.type("device jabra-link-380c");
-    EXPECT_TRUE(phone.says("no permission  onActiveDeviceNotify("));
+    EXPECT_TRUE(phone.says("refused    onActiveDeviceNotify("));
     phone.type("connect 42");
     phone.type("headsets");
     EXPECT_TRUE(phone.says("serial \"SERIAL\", no permission"));

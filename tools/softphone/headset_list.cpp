@@ -142,8 +142,10 @@ void HeadsetList::set_ready(const Headset* ready) {
 }
 
 void HeadsetList::take_log_line(const std::string& line) {
-    // Reasons of Linux and of Windows.
-    static constexpr std::string_view reasons[] = {"Permission denied", "Access is denied"};
+    // EACCES: the node's permissions. EPERM: the device cgroup of a container. The last is the text of the
+    // virtual headsets.
+    static constexpr std::string_view reasons[] = {"Permission denied", "Operation not permitted",
+                                                   "Access is denied"};
     const auto says = [&](std::string_view text) { return line.find(text) != line.npos; };
     if (says("enumerate_hid_device: complete hid_enumerate()"))
         refusals_.clear();

@@ -69,8 +69,8 @@ class HeadsetList {
     /// This headset is ready from now on, and no other; null for none at all.
     void set_ready(const Headset* ready);
 
-    /// Takes in a line of the plug-in's log, the only place where it says what it may not open: each look
-    /// through the interfaces says it anew.
+    /// Takes in a line of the plug-in's log, the only place where it says what it may not open. It repeats
+    /// this each time that it looks for headsets.
     void take_log_line(const std::string& line);
     /// False while the plug-in has no permission to open the headset, which stays dark then, ready or not.
     bool has_permission(std::string_view serial) const;

@@ -58,7 +58,11 @@ struct ToJson {
     Json operator()(const ConfigKeyPressed& event) const {
         return {{"event", "config_key"}, {"pressed", event.pressed}};
     }
-    Json operator()(const HeadsetReady& event) const { return notice("ready", event.notice); }
+    Json operator()(const HeadsetReady& event) const {
+        Json json = notice("ready", event.notice);
+        json["permission"] = headsets.has_permission(event.notice.serial);
+        return json;
+    }
     Json operator()(const HeadsetRemoved& event) const { return notice("removed", event.notice); }
     Json operator()(const Plugged& event) const {
         return {{"event", "plugged"},

@@ -19,7 +19,7 @@ constexpr Kind call{"call", "", Colour::blue};
 constexpr Kind attached{"attached", "", Colour::dim};
 constexpr Kind action{"action", "plug-in > host", Colour::magenta};
 constexpr Kind ready{"ready", "plug-in > host", Colour::green};
-constexpr Kind refused{"no permission", "plug-in > host", Colour::red};
+constexpr Kind refused{"refused", "plug-in > host", Colour::red};
 constexpr Kind removed{"removed", "plug-in > host", Colour::yellow};
 constexpr Kind plugged{"plugged", "headset", Colour::green};
 constexpr Kind unplugged{"unplugged", "headset", Colour::yellow};
@@ -103,8 +103,9 @@ struct Describer {
         return Line{action, call_text({"onConfigKey", {event.pressed}})};
     }
     std::optional<Line> operator()(const HeadsetReady& event) const {
-        return Line{headsets.has_permission(event.notice.serial) ? ready : refused,
-                    notice_text("onActiveDeviceNotify", event.notice)};
+        const std::string text = notice_text("onActiveDeviceNotify", event.notice);
+        return headsets.has_permission(event.notice.serial) ? Line{ready, text}
+                                                            : Line{refused, text + ", no permission"};
     }
     std::optional<Line> operator()(const HeadsetRemoved& event) const {
         return Line{removed, notice_text("onDeviceRemovedNotify", event.notice)};

@@ -97,11 +97,15 @@ TEST_F(PrinterTest, a_notice_names_the_headset_that_it_is_about) {
         Lines{"ready      onActiveDeviceNotify(\"usb-A1\", 0x0B0E, 0x24C9, \"Jabra\", \"Link\", \"A1\")"});
     EXPECT_EQ(json(ready)["headset"], "jabra");
     EXPECT_EQ(json(ready)["vendor_id"], 0x0B0E);
+    EXPECT_EQ(json(ready)["permission"], true);
     headsets.take_log_line("enumerate_hid_device: cannot open \\\\?\\hid, sn = A1: Access is denied.");
     EXPECT_EQ(
         plain(ready),
         Lines{
-            "no permission  onActiveDeviceNotify(\"usb-A1\", 0x0B0E, 0x24C9, \"Jabra\", \"Link\", \"A1\")"});
+            "refused    onActiveDeviceNotify(\"usb-A1\", 0x0B0E, 0x24C9, \"Jabra\", \"Link\", \"A1\"), no permission"});
+    EXPECT_EQ(json(ready)["permission"], false);
+    ASSERT_EQ(story(ready).size(), 1U);
+    EXPECT_TRUE(story(ready)[0].ends_with("\"A1\"), no permission")) << story(ready)[0];
 }
 
 TEST_F(PrinterTest, a_failure_says_where_what_was_wanted_and_what_was_found) {

@@ -63,6 +63,9 @@ TEST_F(StateTest, a_headset_has_no_permission_from_the_line_that_says_so_to_the_
     EXPECT_TRUE(state.headsets.has_permission("A1"));
     state.apply(LogLine{look + "cannot open /dev/hidraw3, sn = A1: CreateFile: No such device."});
     EXPECT_TRUE(state.headsets.has_permission("A1")) << "that is another reason";
+    state.apply(LogLine{
+        look + "cannot open /dev/hidraw3, sn = A1: CreateFile: /dev/hidraw3: Operation not permitted."});
+    EXPECT_FALSE(state.headsets.has_permission("A1")) << "a container's device cgroup says so";
 }
 
 TEST_F(StateTest, a_real_headset_is_listed_when_it_is_ready_and_gone_when_it_is_removed) {
