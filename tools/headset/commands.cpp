@@ -133,16 +133,23 @@ int run_monitor(const Task& task) {
         task.output.flush();
     });
     const EndRequest end_request([&] { monitor.end(); });
-    if (!task.options.json)
-        task.output << monitor_heading(nodes) << std::flush;
-    if (!assignments.empty())
-        monitor.set(assignments);
-    if (const auto loss = monitor.run(); !loss.empty())
-        throw Refused("the headset is gone: " + loss);
-    for (auto& assignment : assignments)
-        assignment.value = 0;
-    if (!assignments.empty())
-        monitor.set(assignments);
+    try {
+        if (!task.options.json)
+            task.output << monitor_heading(nodes) << std::flush;
+        if (!assignments.empty())
+            monitor.set(assignments);
+        if (const auto loss = monitor.run(); !loss.empty())
+            throw Refused("the headset is gone: " + loss);
+        for (auto& assignment : assignments)
+            assignment.value = 0;
+        if (!assignments.empty())
+            monitor.set(assignments);
+    } catch (...) {
+        // The output may be what failed; the headset does not stay lit for that.
+        if (!assignments.empty())
+            monitor.reset(assignments);
+        throw;
+    }
     return exit_ok;
 }
 

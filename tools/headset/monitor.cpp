@@ -24,17 +24,17 @@ std::optional<std::vector<EncodedReport>> try_encode(const Collections& collecti
     }
 }
 
+std::string value_text(const DecodedValue& value) {
+    return usage_label(value.usage) + " = " +
+           (value.scaled ? std::to_string(*value.scaled) : "raw " + std::to_string(value.value));
+}
+
 std::string controls_text(const DecodedReport& report) {
-    std::string text;
-    const auto add = [&](const std::string& control) {
-        text.append(text.empty() ? "" : ", ").append(control);
-    };
-    for (const Usage usage : report.buttons)
-        add(usage_label(usage));
-    for (const DecodedValue& value : report.values)
-        add(usage_label(value.usage) + " = " +
-            (value.scaled ? std::to_string(*value.scaled) : "raw " + std::to_string(value.value)));
-    return text.empty() ? "nothing is set" : text;
+    const std::string buttons = tools::join(report.buttons, usage_label);
+    const std::string values = tools::join(report.values, value_text);
+    if (buttons.empty() && values.empty())
+        return "nothing is set";
+    return buttons + (buttons.empty() || values.empty() ? "" : ", ") + values;
 }
 
 }  // namespace
@@ -55,14 +55,30 @@ void Monitor::open(System& system, const std::string& path) {
     watched_.push_back(std::move(watched));
 }
 
-void Monitor::set(std::span<const Assignment> assignments) {
+Monitor::Setting Monitor::setting(std::span<const Assignment> assignments) const {
     for (const auto& watched : watched_)
-        if (const auto reports = try_encode(watched.collection, assignments)) {
-            for (const auto& report : *reports)
-                send(watched, report.bytes);
-            return;
-        }
+        if (auto reports = try_encode(watched.collection, assignments))
+            return {watched, std::move(*reports)};
     throw Refused("no interface of the headset has these usages in its output reports");
+}
+
+void Monitor::set(std::span<const Assignment> assignments) {
+    const auto [watched, reports] = setting(assignments);
+    for (const auto& report : reports)
+        send(watched, report.bytes);
+}
+
+void Monitor::reset(std::span<const Assignment> assignments) {
+    std::vector<Assignment> zeros(assignments.begin(), assignments.end());
+    for (auto& zero : zeros)
+        zero.value = 0;
+    try {
+        const auto [watched, reports] = setting(zeros);
+        for (const auto& report : reports)
+            watched.interface->write(report.bytes, headset_plugin::hid_write_timeout);
+    } catch (const Refused&) {
+        // Then nothing was set.
+    }
 }
 
 void Monitor::send(const Watched& watched, const Bytes& report) {

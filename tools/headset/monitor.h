@@ -39,6 +39,9 @@ class Monitor {
     /// are of one interface. Throws Refused.
     void set(std::span<const Assignment> assignments);
 
+    /// Sets usages to 0, as far as the headset takes it, and tells nobody: for the end after a failure.
+    void reset(std::span<const Assignment> assignments);
+
     /// Waits for input reports and hands them on, until end() is called or the headset is gone. Why it is
     /// gone; empty after end(). What the handler throws ends it, too, and is thrown.
     std::string run();
@@ -53,7 +56,14 @@ class Monitor {
         Collections collection{};  ///< this one alone
     };
 
+    /// Output reports, and the interface that they are for.
+    struct Setting {
+        const Watched& watched;
+        std::vector<EncodedReport> reports;
+    };
+
     void open(System& system, const std::string& path);
+    Setting setting(std::span<const Assignment> assignments) const;
     void read(const Watched& watched);
     void read_until_end(const Watched& watched);
     void tell(const Watched& watched, HIDP_REPORT_TYPE direction, Bytes report);

@@ -9,6 +9,7 @@
 
 #include "platform/thread.h"
 #include "tests/tools/headset/described_system.h"
+#include "tools/common/output.h"
 #include "tools/common/text.h"
 #include "tools/headset/commands.h"
 #include "tools/headset/errors.h"
@@ -97,6 +98,18 @@ TEST_F(Monitoring, shows_what_is_pressed_in_every_interface) {
     EXPECT_TRUE(reports[1].decoded->buttons.empty());
     EXPECT_EQ(reports[2].path, "/dev/hidraw0:3");
     EXPECT_LE(reports[0].time, reports[2].time);
+}
+
+TEST_F(Monitoring, resets_what_was_set_and_tells_nobody) {
+    const auto monitor = open();
+    monitor->set(std::vector{off_hook, mute});
+    EXPECT_EQ(system_.bus().indicator(number_, {0x08, 0x17}), true);
+    const std::size_t told = seen_.wait(1).size();
+    monitor->reset(std::vector{off_hook, mute});
+    EXPECT_EQ(system_.bus().indicator(number_, {0x08, 0x17}), false);
+    EXPECT_EQ(system_.bus().indicator(number_, {0x08, 0x09}), false);
+    EXPECT_EQ(seen_.wait(0).size(), told);
+    monitor->reset(std::vector{Assignment{{Usage{0x08, 0xFF}}}});  // which it does not have
 }
 
 TEST_F(Monitoring, a_path_with_a_collection_leaves_the_others_out) {
@@ -257,6 +270,23 @@ TEST_F(MonitorCommand, an_unplugged_headset_is_told) {
     } catch (const Refused& error) {
         EXPECT_STREQ(error.what(), "the headset is gone: The device is not connected.");
     }
+}
+
+/// Takes nothing.
+class FullDisk : public std::streambuf {
+    int_type overflow(int_type /*character*/) override { throw tools::WriteError("no space is left"); }
+};
+
+TEST_F(MonitorCommand, output_that_fails_leaves_no_indicator_lit) {
+    FullDisk disk;
+    std::ostream output(&disk);
+    output.exceptions(std::ios::badbit);
+    std::istringstream input;
+    EXPECT_THROW(headset::run({.command = Command::monitor, .arguments = {"08:17"}, .json = true}, system_,
+                              input, output),
+                 tools::WriteError);
+    EXPECT_EQ(system_.bus().outputs(number_)->size(), 2U);
+    EXPECT_EQ(system_.bus().indicator(number_, {0x08, 0x17}), false);
 }
 
 TEST_F(MonitorCommand, wrong_usages_are_told_before_anything_is_opened) {
