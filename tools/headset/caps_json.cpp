@@ -142,19 +142,38 @@ Json collection_to_json(PHIDP_PREPARSED_DATA data) {
     return json;
 }
 
-/// Takes the next line, and of one that is too long for a descriptor its beginning; false at the end. Reads
-/// from the buffer: a stream catches what its buffer throws, which would then look like the end.
-bool read_line(std::istream& input, std::string& line) {
-    using Traits = std::istream::traits_type;
+using Traits = std::istream::traits_type;
+
+/// How much of a line that is too long is passed over in the search for its end.
+constexpr std::size_t most_passed_over = 16U << 20U;
+
+bool is_end(Traits::int_type character) {
+    return Traits::eq_int_type(character, Traits::eof());
+}
+
+// What follows reads from the buffer: a stream catches what its buffer throws, which would then look like the
+// end.
+
+/// Takes the next line; false at the end. A line that is longer than most_text is taken as far as that shows.
+bool read_line(std::streambuf& input, std::string& line) {
     line.clear();
-    auto character = input.rdbuf()->sbumpc();
-    if (Traits::eq_int_type(character, Traits::eof()))
+    if (is_end(input.sgetc()))
         return false;
-    for (; !Traits::eq_int_type(character, Traits::eof()) && character != '\n';
-         character = input.rdbuf()->sbumpc())
-        if (line.size() <= most_text)
-            line += Traits::to_char_type(character);
+    for (auto character = input.sbumpc(); !is_end(character) && character != '\n';
+         character = input.sbumpc()) {
+        line += Traits::to_char_type(character);
+        if (line.size() > most_text)
+            break;
+    }
     return true;
+}
+
+/// Throws UsageError for a line that does not end.
+void pass_over_line(std::streambuf& input) {
+    std::size_t passed_over = 0;
+    for (auto character = input.sbumpc(); !is_end(character) && character != '\n'; character = input.sbumpc())
+        if (++passed_over > most_passed_over)
+            throw UsageError("standard input: a line does not end");
 }
 
 }  // namespace
@@ -186,8 +205,11 @@ Json answer_caps(std::string_view hex) {
 
 void answer_caps_lines(std::istream& input, std::ostream& output) {
     try {
-        for (std::string line; read_line(input, line);)
+        for (std::string line; read_line(*input.rdbuf(), line);) {
             output << to_line(answer_caps(line)) << std::flush;
+            if (line.size() > most_text)
+                pass_over_line(*input.rdbuf());
+        }
     } catch (const std::ios_base::failure& error) {
         throw UsageError("standard input: " + error.code().message());
     }

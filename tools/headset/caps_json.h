@@ -22,9 +22,9 @@ Json caps_to_json(const Collections& collections);
 /// refused.
 Json answer_caps(std::string_view hex);
 
-/// Answers every line of `input` with a line of JSON, at once, so that another program can ask and wait. Of a
-/// line that is longer than any descriptor no more than that is kept. Throws UsageError for input that cannot
-/// be read.
+/// Answers every line of `input` with a line of JSON, at once, so that another program can ask and wait. A
+/// line that is longer than any descriptor is answered before its end is read. Throws UsageError for input
+/// that cannot be read, and for a line that does not end.
 void answer_caps_lines(std::istream& input, std::ostream& output);
 
 }  // namespace headset

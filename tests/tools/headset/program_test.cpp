@@ -305,6 +305,14 @@ TEST(Program, caps_answers_a_line_that_is_too_long_and_goes_on) {
     EXPECT_EQ(lines[1]["collections"].size(), 1U);
 }
 
+TEST(Program, caps_ends_with_a_line_that_does_not_end) {
+    const auto result = run_in_shell("caps - </dev/zero");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.errors, "headset: standard input: a line does not end\n");
+    ASSERT_EQ(json_lines(result.output).size(), 1U);
+    EXPECT_TRUE(json_lines(result.output)[0].contains("error"));
+}
+
 TEST(Program, standard_input_that_cannot_be_read_is_no_success) {
     const auto result = run_in_shell("caps - </");
     EXPECT_EQ(result.status, 2);
