@@ -99,7 +99,7 @@ std::string printable_json(std::string_view json) {
 std::optional<std::string> nearest(std::string_view word, std::span<const std::string> names) {
     constexpr std::size_t most_letters = 2;
     const auto difference = [&](const std::string& name) {
-        return name.starts_with(word) ? 0 : distance(word, name);
+        return !word.empty() && name.starts_with(word) ? 0 : distance(word, name);
     };
     const auto found = std::ranges::min_element(names, {}, difference);
     return found == names.end() || difference(*found) > most_letters ? std::nullopt : std::optional(*found);

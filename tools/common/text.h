@@ -3,6 +3,7 @@
 
 #include <charconv>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -34,6 +35,18 @@ std::string to_hex16(unsigned number);
 
 /// The text in double quotes.
 std::string quoted(std::string_view text);
+
+/// "one, two": the texts of the items, with a separator between them.
+template <class Items, class ToText>
+std::string join(const Items& items, ToText to_text, std::string_view separator = ", ") {
+    std::string text;
+    bool first = true;
+    for (const auto& item : items) {
+        text.append(first ? "" : separator).append(std::invoke(to_text, item));
+        first = false;
+    }
+    return text;
+}
 
 /// Equal but for the case of ASCII letters.
 bool same_ignoring_case(std::string_view a, std::string_view b);

@@ -88,7 +88,7 @@ std::string summary(const CheckedHeadset& headset) {
         auto functions = headset.functions;
         std::erase_if(functions, [&](const CallFunction& function) { return function.support != support; });
         if (!functions.empty())
-            table.add({to_string(support), join(functions, [](const CallFunction& function) {
+            table.add({to_string(support), tools::join(functions, [](const CallFunction& function) {
                            return std::string(function.name);
                        })});
     }

@@ -149,26 +149,27 @@ std::string indicators_problem(const Headset& headset) {
             missing.push_back(indicator.usage);
     return missing.empty() ? ""
                            : "the plug-in shows a call by two indicators, and cannot light: " +
-                                 join(missing, usage_label);
+                                 tools::join(missing, usage_label);
 }
 
 std::string holders_problem(const Headset& headset) {
     if (headset.state.holders.empty())
         return {};
     return "other processes have it open: " +
-           join(headset.state.holders,
-                [](const Process& process) {
-                    return tools::printable(process.name) + " (process " + std::to_string(process.id) + ")";
-                }) +
+           tools::join(headset.state.holders,
+                       [](const Process& process) {
+                           return tools::printable(process.name) + " (process " + std::to_string(process.id) +
+                                  ")";
+                       }) +
            "; if they are not the calling client, they may switch its indicators and act on its keys";
 }
 
 std::string desktop_key_problem(const Headset& headset) {
     const auto& inputs = headset.state.mute_inputs;
     return inputs.empty() ? ""
-                          : "the desktop also gets the mute key, from " + join(inputs, [](const auto& name) {
-                                return name;
-                            }) + ": it may mute the microphone when you press the key";
+                          : "the desktop also gets the mute key, from " +
+                                tools::join(inputs, [](const auto& name) { return name; }) +
+                                ": it may mute the microphone when you press the key";
 }
 
 std::string desktop_key_remedy(const Headset& headset) {
@@ -187,15 +188,15 @@ std::vector<SystemLed> switched_leds(const Headset& headset) {
 
 std::string desktop_led_problem(const Headset& headset) {
     const auto leds = switched_leds(headset);
-    return leds.empty()
-               ? ""
-               : "the kernel also switches the mute indicator: " + join(leds, [](const SystemLed& led) {
-                     return led.name + " with its trigger " + led.trigger;
-                 });
+    return leds.empty() ? ""
+                        : "the kernel also switches the mute indicator: " +
+                              tools::join(leds, [](const SystemLed& led) {
+                                  return led.name + " with its trigger " + led.trigger;
+                              });
 }
 
 std::string desktop_led_remedy(const Headset& headset) {
-    return join(switched_leds(headset), [](const SystemLed& led) {
+    return tools::join(switched_leds(headset), [](const SystemLed& led) {
         return "echo none | sudo tee /sys/class/leds/" + led.name + "/trigger";
     });
 }

@@ -48,13 +48,4 @@ std::span<const Check<Headset>> headset_checks();
 /// The file of udev rules that lets people open a device, if it is there.
 std::optional<RulesFile> find_rules(System& system, std::int32_t vendor_id, bool has_sound);
 
-/// "one, two"
-template <class Items, class ToText>
-std::string join(const Items& items, ToText to_text) {
-    std::string text;
-    for (const auto& item : items)
-        text.append(text.empty() ? "" : ", ").append(to_text(item));
-    return text;
-}
-
 }  // namespace headset

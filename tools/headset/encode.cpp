@@ -55,10 +55,7 @@ std::optional<Place> find_place(const Collections& collections, HIDP_REPORT_TYPE
 }
 
 std::string labels(const std::vector<Usage>& usages) {
-    std::string text;
-    for (const Usage usage : usages)
-        text.append(text.empty() ? "" : " or ").append(usage_label(usage));
-    return text;
+    return tools::join(usages, usage_label, " or ");
 }
 
 /// The place of the only one of the usages that the descriptor has.

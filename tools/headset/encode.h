@@ -15,8 +15,8 @@ namespace headset {
 
 /// What a usage is to be in its report.
 struct Assignment {
-    std::vector<Usage>
-        usages;  ///< at least one; of several, which share a name, the one that the descriptor has
+    /// At least one; of several, which share a name, the one that the descriptor has.
+    std::vector<Usage> usages;
     std::int64_t value = 1;
 };
 

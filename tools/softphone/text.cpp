@@ -38,10 +38,7 @@ Words split_words(std::string_view line) {
 }
 
 std::string join(std::span<const std::string> words) {
-    std::string joined;
-    for (const auto& word : words)
-        joined += (joined.empty() ? "" : " ") + word;
-    return joined;
+    return tools::join(words, std::identity{}, " ");
 }
 
 int parse_integer(std::string_view text, std::string_view what) {

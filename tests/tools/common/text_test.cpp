@@ -45,6 +45,7 @@ TEST(Nearest, is_what_was_probably_meant) {
     EXPECT_EQ(nearest("cap", names), "caps");
     EXPECT_EQ(nearest("udev", names), "udev-rules") << "a beginning";
     EXPECT_EQ(nearest("headphones", names), std::nullopt);
+    EXPECT_EQ(nearest("", names), std::nullopt);
     EXPECT_EQ(nearest("x", {}), std::nullopt);
 }
 
