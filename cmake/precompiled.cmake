@@ -12,6 +12,9 @@ set(orvex_standard_headers
 # compiled as one unit where the headers are precompiled. Names in the unnamed namespaces of one folder differ.
 option(ORVEX_UNITY "Compile several files as one unit in tests and tools" ON)
 
+# Of debugging information, tests and tools have what a backtrace needs.
+set(orvex_line_numbers $<$<CONFIG:Debug>:-g1>)
+
 # orvex_precompiled_headers(NAME LIBRARY|PROGRAM headers...): headers for the libraries or programs that say
 # orvex_compile_together(... NAME). The two kinds differ in how their addresses are made.
 function(orvex_precompiled_headers name kind)
@@ -20,6 +23,7 @@ function(orvex_precompiled_headers name kind)
   file(CONFIGURE OUTPUT ${source} CONTENT "")
   add_library(${name} OBJECT ${source})
   target_precompile_headers(${name} PRIVATE ${ARGN})
+  target_compile_options(${name} PRIVATE ${orvex_line_numbers})
   if(kind STREQUAL PROGRAM)
     set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE OFF)
     target_compile_options(${name} PRIVATE ${CMAKE_CXX_COMPILE_OPTIONS_PIE})
@@ -30,6 +34,7 @@ endfunction()
 function(orvex_compile_together target headers)
   if(TARGET ${headers})
     target_precompile_headers(${target} REUSE_FROM ${headers})
+    target_compile_options(${target} PRIVATE ${orvex_line_numbers})
     set_target_properties(${target} PROPERTIES UNITY_BUILD ${ORVEX_UNITY} UNITY_BUILD_BATCH_SIZE 8)
   endif()
 endfunction()
