@@ -1,5 +1,5 @@
 // A headset that has gone stays listed until the host has been told. Nobody may choose or open it meanwhile.
-#include <thread>
+#include <atomic>
 
 #include "device/device_events.h"
 #include "tests/devicemgr/manager_fixture.h"

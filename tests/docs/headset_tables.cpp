@@ -129,10 +129,10 @@ std::string opening(const Explanation& explanation) {
         return "opened";
     }
     if (!is_let_in(explanation)) {
-        return "not let in";
+        return "ignored";
     }
-    return has_telephony(explanation) ? "let in, cannot be opened: " + explanation.open_error
-                                      : "let in, not opened: no collection of the Telephony page";
+    return has_telephony(explanation) ? "accepted, cannot be opened: " + explanation.open_error
+                                      : "accepted, not opened: no collection of the Telephony page";
 }
 
 std::string indicator_cell(const Explanation& explanation, std::size_t index) {

@@ -97,12 +97,12 @@ TEST_F(HeadsetList, shows_the_same_for_people) {
             " can be opened by this user\n"
             "  " +
             node +
-            ":1  Headset (0B:05)           Input 3, Output 3, Feature none     let in\n"
+            ":1  Headset (0B:05)           Input 3, Output 3, Feature none     accepted\n"
             "  " +
             node +
-            ":2  FF00:01                   Input 63, Output 63, Feature 2      not let in: usage page: only the Telephony and the Consumer page count\n"
+            ":2  FF00:01                   Input 63, Output 63, Feature 2      ignored: usage page: only the Telephony and the Consumer page count\n"
             "  " +
-            node + ":3  Consumer Control (0C:01)  Input 3, Output none, Feature none  let in\n");
+            node + ":3  Consumer Control (0C:01)  Input 3, Output none, Feature none  accepted\n");
 }
 
 TEST_F(HeadsetList, says_what_a_device_does_not_state) {
@@ -136,9 +136,9 @@ TEST_F(HeadsetList, says_who_may_not_open_a_node) {
 
 // ---- the list and the plug-in
 
-/// A line of the log that says whether an interface is let in.
+/// A line of the log that says whether an interface is accepted.
 struct Verdict {
-    const char* rule;  ///< empty for an interface that is let in
+    const char* rule;  ///< empty for an interface that is accepted
     const char* phrase;
     std::string (*line)(const Json& entry);
 };
@@ -193,7 +193,7 @@ bool is_verdict(const std::string& line) {
 
 class HeadsetListAndPlugin : public PluginOnKernel {
   protected:
-    /// The first lines of the log that say whether an interface is let in.
+    /// The first lines of the log that say whether an interface is accepted.
     Names wait_for_verdicts(std::size_t count) const {
         Names lines;
         EXPECT_TRUE(eventually([&] {
@@ -255,7 +255,7 @@ TEST_F(HeadsetExplain, says_the_same_of_a_node_and_of_each_of_its_collections) {
 TEST_F(HeadsetExplain, says_that_a_device_without_a_serial_number_is_not_let_in) {
     plug_device(plain_descriptor(), {.serial = nullptr});
     const auto listed = wait_for_list(1);
-    EXPECT_NE(explain(listed[0]["path"]).find("not let in: the device states no serial number"),
+    EXPECT_NE(explain(listed[0]["path"]).find("ignored: the device states no serial number"),
               std::string::npos);
 }
 

@@ -20,7 +20,7 @@ struct Descriptor {
     Bytes bytes{};
     std::string name{};  ///< the device's; empty where it is not told
     std::optional<DeviceIds> ids{};
-    bool has_serial = true;  ///< the device states a serial number, without which it is not let in
+    bool has_serial = true;  ///< the device states a serial number, without which it is ignored
 };
 
 /// A descriptor in one of these forms, which is told by the content: a recording of hid-recorder (lines `N:`,

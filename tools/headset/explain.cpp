@@ -46,7 +46,7 @@ constexpr FunctionRow function_rows[] = {
 
 // ---- finding out
 
-/// The place of the collection that the plug-in opens: the first one of the telephony page that it lets in
+/// The place of the collection that the plug-in opens: the first one of the telephony page that it accepts
 /// and can open.
 std::optional<std::size_t> open_collection(TrialHeadset& headset, Explanation& explanation) {
     std::optional<std::size_t> opened;
@@ -183,12 +183,12 @@ void add_unused(Explanation& explanation, PHIDP_PREPARSED_DATA data, bool is_ope
 
 // ---- telling it
 
-constexpr const char* fate_texts[] = {"not let in", "let in, not opened", "cannot be opened", "opened"};
+constexpr const char* fate_texts[] = {"ignored", "accepted, not opened", "cannot be opened", "opened"};
 
 std::string heading(const Explanation& explanation) {
     std::string text = explanation.name.empty() ? "headset" : tools::printable(explanation.name);
     if (!explanation.ids)
-        return text + ", vendor unknown: taken as one that the plug-in has a driver for\n";
+        return text + ": vendor unknown, so this assumes a vendor that the plug-in has a driver for\n";
     text += ", " + tools::to_hex16(explanation.ids->vendor) + ":" + tools::to_hex16(explanation.ids->product);
     return text +
            (explanation.has_driver
@@ -202,17 +202,10 @@ std::string support_text(const CallFunction& function) {
     return to_string(function.support) + std::string(is_hidden ? ": inside a range of usages" : "");
 }
 
-std::string controls_text(const CallFunction& function) {
-    std::string text;
-    for (const Usage usage : function.controls)
-        text.append(text.empty() ? "" : ", ").append(usage_label(usage));
-    return text;
-}
-
 Table functions_table(const Explanation& explanation) {
     Table table;
     for (const auto& function : explanation.functions)
-        table.add({function.name, support_text(function), controls_text(function)});
+        table.add({function.name, support_text(function), tools::join(function.controls, usage_label)});
     return table;
 }
 

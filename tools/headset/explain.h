@@ -14,7 +14,7 @@ namespace headset {
 
 /// What becomes of a top-level collection.
 enum class CollectionFate {
-    left_alone,  ///< not let in
+    left_alone,  ///< ignored
     let_in,      ///< counts as one of the headset's, and is not opened
     not_opened,  ///< was to be opened, and could not
     opened,

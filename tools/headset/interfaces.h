@@ -36,7 +36,7 @@ std::optional<Node> find_serial(System& system, const std::string& serial);
 
 bool has_telephony(const Node& node);
 
-/// The rule that keeps an interface out; empty when it is let in.
+/// The rule that keeps an interface out; empty when it is accepted.
 std::optional<plugin_control::Refusal> find_refusal(const platform::HidInterfaceInfo& info);
 
 /// A text that a device states, as it can be shown.

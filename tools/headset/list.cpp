@@ -63,8 +63,8 @@ std::string lengths_text(const ListedInterface& listed) {
 }
 
 std::string refusal_text(const ListedInterface& listed) {
-    return listed.refusal ? std::string("not let in: ") + listed.refusal->name + ": " + listed.refusal->reason
-                          : "let in";
+    return listed.refusal ? std::string("ignored: ") + listed.refusal->name + ": " + listed.refusal->reason
+                          : "accepted";
 }
 
 Table interfaces_table(const ListedNode& node) {

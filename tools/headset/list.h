@@ -18,7 +18,7 @@ struct ListedInterface {
     /// By direction, in bytes with the id, 0 where there are no reports; absent where the report descriptor
     /// is refused.
     std::optional<std::array<std::size_t, 3>> report_lengths{};
-    std::optional<plugin_control::Refusal> refusal{};  ///< empty where the plug-in lets it in
+    std::optional<plugin_control::Refusal> refusal{};  ///< empty where the plug-in accepts it
 };
 
 struct ListedNode {

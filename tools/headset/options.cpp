@@ -62,7 +62,7 @@ constexpr CommandHelp list_help = {
     "list", "list the HID interfaces as the plug-in sees them",
     "For each device that has a hidraw node: its names, ids and serial number, and whether you may open it. For\n"
     "each of its interfaces, which are its top-level collections: the path, the usage, the lengths of the reports\n"
-    "with the id, and whether the plug-in uses the interface. The rules that exclude an interface:\n"
+    "with the id, and whether the plug-in accepts the interface. It ignores an interface by these rules:\n"
     "  own headset   the client handles the headsets of its own maker itself\n"
     "  usage page    the plug-in uses the Telephony and the Consumer page only\n"
     "  serial        the device has no serial number\n"
@@ -266,7 +266,7 @@ void CommandLine::add_directions(CLI::App* command, platform::HIDP_REPORT_TYPE p
     }
 }
 
-/// Throws UsageError for a command that there is not. No option before the command takes a value, so it is
+/// Throws UsageError for an unknown command. No option before the command takes a value, so it is
 /// the first word that is not an option.
 void CommandLine::check_command(int argc, const char* const* argv) const {
     const std::span words(argv + 1, argv + std::max(argc, 1));
@@ -280,7 +280,7 @@ void CommandLine::check_command(int argc, const char* const* argv) const {
     const auto near = tools::nearest(*word, names);
     throw UsageError("there is no command " + tools::quoted(*word) +
                      (near ? "; did you mean " + tools::quoted(*near) + "?"
-                           : "; the commands are " + CLI::detail::join(names, ", ")));
+                           : "; the commands are " + tools::join(names, std::identity{})));
 }
 
 std::variant<Options, int> CommandLine::parse(int argc, const char* const* argv) {

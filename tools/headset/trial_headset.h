@@ -25,7 +25,7 @@ class TrialHeadset {
     struct Interface {
         std::string path;
         Usage usage;
-        std::optional<plugin_control::Refusal> refusal{};  ///< empty where it is let in
+        std::optional<plugin_control::Refusal> refusal{};  ///< empty where it is accepted
         bool is_telephony = false;
     };
     std::vector<Interface> interfaces() const;

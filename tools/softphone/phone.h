@@ -15,7 +15,7 @@ class Phone {
 
     void create(const std::string& cid, int direction);
     void incoming(const std::string& cid, bool ringing);
-    /// Throws CommandError for a call that the step needs and that there is not.
+    /// Throws CommandError if the step needs the call and there is no such call.
     void perform(CallStep step, const std::string& cid);
     void choose(const AudioDevice& device);
     void sync();

@@ -9,7 +9,7 @@
 namespace softphone {
 namespace {
 
-constexpr unsigned short headset_page = 0x0B;  // HID Usage Tables, section 3.1
+constexpr unsigned short telephony_usage_page = 0x0B;  // HID Usage Tables, section 3.1
 
 /// Sets `function` to the library's function `name`; throws LibraryError when it has none.
 template <class Function>
@@ -84,7 +84,7 @@ std::vector<FoundHeadset> PluginLibrary::find_headsets() const {
     const Enumeration list = enumerate();
     std::vector<FoundHeadset> found;
     for (const hid_device_info* entry = list.get(); entry != nullptr; entry = entry->next) {
-        if (entry->usage_page != headset_page || !entry->serial_number || !*entry->serial_number)
+        if (entry->usage_page != telephony_usage_page || !entry->serial_number || !*entry->serial_number)
             continue;
         found.push_back({entry->product_string ? platform::to_utf8(entry->product_string) : "",
                          platform::to_utf8(entry->serial_number)});

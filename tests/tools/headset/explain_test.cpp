@@ -98,8 +98,8 @@ TEST(Explain, collections_that_are_not_let_in_are_listed_with_the_reason) {
     EXPECT_FALSE(explanation.is_open);
     EXPECT_EQ(explanation.collections.at(0).fate, CollectionFate::left_alone);
     const auto text = to_text(explanation);
-    EXPECT_NE(text.find("  1  Headset (0B:05)           not let in: the device states no serial number\n"
-                        "  2  FF00:01                   not let in: only the Telephony and the Consumer page "
+    EXPECT_NE(text.find("  1  Headset (0B:05)           ignored: the device states no serial number\n"
+                        "  2  FF00:01                   ignored: only the Telephony and the Consumer page "
                         "count\n"),
               std::string::npos)
         << text;

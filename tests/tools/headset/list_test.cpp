@@ -38,14 +38,14 @@ TEST_F(List, the_whole_text) {
         text(),
         "Jabra Link 380c, GN Netcom A/S, 0B0E:24C9, serial number SN-1\n"
         "  /dev/hidraw0 can be opened by this user\n"
-        "  /dev/hidraw0:1  Headset (0B:05)           Input 3, Output 3, Feature none     let in\n"
-        "  /dev/hidraw0:2  FF00:01                   Input 63, Output 63, Feature 2      not let in: usage "
+        "  /dev/hidraw0:1  Headset (0B:05)           Input 3, Output 3, Feature none     accepted\n"
+        "  /dev/hidraw0:2  FF00:01                   Input 63, Output 63, Feature 2      ignored: usage "
         "page: only the Telephony and the Consumer page count\n"
-        "  /dev/hidraw0:3  Consumer Control (0C:01)  Input 3, Output none, Feature none  let in\n"
+        "  /dev/hidraw0:3  Consumer Control (0C:01)  Input 3, Output none, Feature none  accepted\n"
         "\n"
         "unnamed device, 1532:0565, no serial number\n"
         "  /dev/hidraw12 cannot be opened by this user: Permission denied\n"
-        "  /dev/hidraw12:1  Headset (0B:05)  Input 2, Output none, Feature none  not let in: serial: the "
+        "  /dev/hidraw12:1  Headset (0B:05)  Input 2, Output none, Feature none  ignored: serial: the "
         "device states no serial number\n");
 }
 
@@ -85,7 +85,7 @@ TEST_F(List, the_makers_own_headset_is_left_to_the_client) {
 
 TEST_F(List, a_refused_descriptor_leaves_the_node) {
     system_.plug({.descriptor = malformed});
-    EXPECT_NE(text().find("  /dev/hidraw0  00:00  report descriptor refused  not let in: usage page"),
+    EXPECT_NE(text().find("  /dev/hidraw0  00:00  report descriptor refused  ignored: usage page"),
               std::string::npos)
         << text();
     EXPECT_EQ(json(0)["path"], "/dev/hidraw0");
