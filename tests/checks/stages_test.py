@@ -62,7 +62,9 @@ class Stages(unittest.TestCase):
         self.assertEqual(self.calls.read_text(encoding="utf-8"), "")
 
     def rows(self, result, stage):
-        return [line.split() for line in result.stdout.splitlines() if re.match(rf"{stage} +\d", line)]
+        rows = [line.split() for line in result.stdout.splitlines() if re.match(rf"{stage} +\d", line)]
+        self.assertTrue(rows, result.stdout + result.stderr)
+        return rows
 
     def test_help_is_printed_and_nothing_else_done(self):
         for option in ("-h", "--help"):
