@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "tests/devicemgr/manager_fixture.h"
+#include "tests/plugin/plugin_threads.h"
 #include "virtual_headset/models/headsets.h"
 
 using namespace manager_test;
@@ -185,6 +186,8 @@ TEST_F(Enumeration, a_pass_opens_a_listed_headset_that_has_closed) {
     const auto listed = manager_->find_device("SN-1");
     listed->stop_device_thread();
     ASSERT_TRUE(logger_->wait_for(shutting_down));
+    // After this line the read thread closes what a late pass has opened.
+    ASSERT_TRUE(test_support::eventually([] { return test_support::count_threads("orvex-read") == 0; }));
     pass();
     EXPECT_EQ(manager_->find_device("SN-1"), listed);
     EXPECT_TRUE(listed->is_open());
