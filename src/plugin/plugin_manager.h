@@ -98,6 +98,9 @@ class PluginManager final : public IPluginCallControlCallback, public IPluginCon
     std::shared_ptr<IPluginLogger> logger() const { return logger_.lock(); }
 
   private:
+    /// Shows all calls on the active headset, once more if the host's events changed them meanwhile: what is
+    /// sent was decided before, and may have come after what such an event sent.
+    void show_all_calls();
     /// A call that is up, by whatever way: recorded as connected and shown as in use.
     void show_connected(const char* function, const std::string& cid);
     bool is_active_device(const std::string& device_id);
@@ -109,6 +112,7 @@ class PluginManager final : public IPluginCallControlCallback, public IPluginCon
     const std::weak_ptr<IPluginLogger> logger_;
     std::unique_ptr<headset_plugin::headset_ccm> headset_ccm_;
     std::atomic<bool> call_sm_initialized_{false};
+    std::atomic<std::uint32_t> list_changes_{0};  ///< how often the host's events have changed the call list
 };
 
 }  // namespace plugin_control

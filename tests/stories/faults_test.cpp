@@ -1,6 +1,7 @@
 // Headsets that misbehave, and callbacks that take long.
 
 #include <future>
+#include <mutex>
 
 #include "hid/hid_access.h"
 #include "tests/stories/headset_rows.h"
@@ -56,6 +57,32 @@ class Faults : public StoryHost {
     const std::string failed_open = line("plugin_control::device_mgr::enumerate_hid_device",
                                          "failed open 3rd device telephony page, remove it and skip . ");
 };
+
+TEST_F(Faults, a_call_that_changes_while_a_headset_becomes_ready_is_shown_as_it_is_then) {
+    const int headset = plug();
+    std::promise<void> decided;
+    std::promise<void> go_on;
+    std::once_flag once;
+    // The worker has decided that nothing is muted, and has not sent it yet.
+    logger_->on_line([&](const std::string& logged) {
+        if (logged ==
+            "HeadsetPlugin: headset_plugin::headset_ccm::arbitrateHeadsetINIT: send muted=false\n") {
+            std::call_once(once, [&] {
+                decided.set_value();
+                go_on.get_future().wait_for(patience);
+            });
+        }
+    });
+    const auto active = std::async(std::launch::async, [&] { activate(headset); });
+    ASSERT_EQ(decided.get_future().wait_for(patience), std::future_status::ready);
+    control_->connectCall("", "1");
+    control_->mute("", "1");
+    go_on.set_value();
+    active.wait();
+    drain_worker();
+    EXPECT_EQ(orvex_virtual_indicator(headset, 0x08, 0x17), 1) << "off-hook";
+    EXPECT_EQ(orvex_virtual_indicator(headset, 0x08, 0x09), 1) << "mute";
+}
 
 TEST_F(Faults, a_write_that_hangs_holds_up_its_caller_until_its_time_is_over) {
     const int headset = plug_active();
