@@ -45,6 +45,7 @@ void headset_ccm::populateCallState(const std::string& device_id, const std::vec
     plugin_log("HeadsetPlugin: %s: device_id:[%s], calls.size:[%d], num_calls:[%d]\n", function,
                device_id.c_str(), static_cast<int>(calls.size()), static_cast<int>(num_calls));
     MutexLock lock(mutex_);
+    ++list_changes_;
     if (!call_list_.empty()) {
         plugin_log("HeadsetPlugin: %s: call_list_ with size [%d] cleared\n", function,
                    static_cast<int>(call_list_.size()));
@@ -61,6 +62,7 @@ void headset_ccm::onCallStateUpdate(std::uint32_t state, const std::string& cid,
     static constexpr const char* function = "headset_plugin::headset_ccm::onCallStateUpdate";
     plugin_log("HeadsetPlugin: %s: state = %d, cid = %s \n", function, static_cast<int>(state), cid.c_str());
     MutexLock lock(mutex_);
+    ++list_changes_;
     headset_cc_->resetHeadsetState();
     const bool ringing_off = state == CALL_STATE_ALERTING && !ringing;
     if (const CallRecord call = findCallById(cid)) {
@@ -89,6 +91,7 @@ void headset_ccm::onCallStateUpdate(std::uint32_t state, const std::string& cid,
 std::uint32_t headset_ccm::onMuteStateUpdate(bool muted, const std::string& cid) {
     static constexpr const char* function = "headset_plugin::headset_ccm::onMuteStateUpdate";
     MutexLock lock(mutex_);
+    ++list_changes_;
     const CallRecord call = findCallById(cid);
     if (!call) {
         if (call_list_.empty()) {

@@ -2,6 +2,7 @@
 // means.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -73,6 +74,9 @@ class headset_ccm {
 
     // Questions.
 
+    /// How often an update of a call or of all calls has come: a decision that was made before the last one
+    /// may be out of date.
+    std::uint32_t list_changes() const { return list_changes_; }
     std::int32_t getHeadsetLedState();
     bool isCallMuted(const std::string& cid);
     /// Copies the id of the first call in `state` into `cid_out`, or empties it. Returns `cid_out`.
@@ -105,6 +109,7 @@ class headset_ccm {
     static void send(const char* function, const Decision& decision, const Channel& send_state,
                      const Channel& send_mute);
 
+    std::atomic<std::uint32_t> list_changes_{0};  // written with the mutex held
     platform::Mutex mutex_;
     std::vector<CallRecord> call_list_ GUARDED_BY(mutex_);
     std::unique_ptr<headset_cc> headset_cc_ GUARDED_BY(mutex_);

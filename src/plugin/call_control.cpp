@@ -35,7 +35,6 @@ void PluginManager::mute(const std::string& /*unused*/, const std::string& cid) 
     }
     plugin_log("3rdPartyHeadsetPlugin: %s: cid=%s\n", "plugin_control::PluginManager::mute", cid.c_str());
     headset_ccm_->onMuteStateUpdate(true, cid);
-    ++list_changes_;
     headset_ccm_->arbitrateHeadsetMUTE(cid, hid_headset_set_mute);
 }
 
@@ -46,7 +45,6 @@ void PluginManager::unmute(const std::string& /*unused*/, const std::string& cid
     }
     plugin_log("3rdPartyHeadsetPlugin: %s: cid=%s\n", function, cid.c_str());
     headset_ccm_->onMuteStateUpdate(false, cid);
-    ++list_changes_;
     plugin_log("3rdPartyHeadsetPlugin: %s: go UNMUTE arbitrator\n", function);
     headset_ccm_->arbitrateHeadsetUNMUTE(cid, hid_headset_set_mute);
 }
@@ -67,7 +65,6 @@ void PluginManager::incomingCall(const std::string& /*unused*/, const std::strin
     plugin_log("3rdPartyHeadsetPlugin: %s: cid=%s, ringing=%s\n", function, cid.c_str(),
                true_or_false(ringing));
     headset_ccm_->onCallStateUpdate(CALL_STATE_ALERTING, cid, ringing);
-    ++list_changes_;
     updateHeadsetLedState();
     if (ringing) {
         update_headset_state(HEADSET_STATE_ALERTING);
@@ -94,7 +91,6 @@ void PluginManager::show_connected(const char* function, const std::string& cid)
     }
     plugin_log("3rdPartyHeadsetPlugin: %s: cid=%s\n", function, cid.c_str());
     headset_ccm_->onCallStateUpdate(CALL_STATE_CONNECTED, cid, false);
-    ++list_changes_;
     updateHeadsetLedState();
     update_headset_state(HEADSET_STATE_INUSE);
 }
@@ -106,7 +102,6 @@ void PluginManager::holdCall(const std::string& /*unused*/, const std::string& c
     }
     plugin_log("3rdPartyHeadsetPlugin: %s: cid=%s\n", function, cid.c_str());
     headset_ccm_->onCallStateUpdate(CALL_STATE_HOLD, cid, false);
-    ++list_changes_;
     updateHeadsetLedState();
     plugin_log("3rdPartyHeadsetPlugin: %s: go HOLD arbitrator\n", function);
     headset_ccm_->arbitrateHeadsetHOLD(cid, update_headset_state, hid_headset_set_mute);
@@ -119,7 +114,6 @@ void PluginManager::endCall(const std::string& /*unused*/, const std::string& ci
     }
     plugin_log("3rdPartyHeadsetPlugin: %s: cid=%s\n", function, cid.c_str());
     headset_ccm_->onCallStateUpdate(CALL_STATE_IDLE, cid, false);
-    ++list_changes_;
     updateHeadsetLedState();
     plugin_log("3rdPartyHeadsetPlugin: %s: go IDLE arbitrator\n", function);
     headset_ccm_->arbitrateHeadsetIDLE(cid, update_headset_state, hid_headset_set_mute);
@@ -136,7 +130,6 @@ void PluginManager::callStateSync(const std::string& device_id, const std::vecto
                "plugin_control::PluginManager::callStateSync", device_id.c_str(),
                static_cast<int>(calls.size()), num_calls);
     headset_ccm_->populateCallState(device_id, calls, static_cast<std::uint32_t>(num_calls));
-    ++list_changes_;
     if (call_sm_initialized_) {
         show_all_calls();
     }
@@ -169,9 +162,9 @@ void PluginManager::show_all_calls() {
     // A host that reports calls without a pause does not keep the worker from its other tasks.
     constexpr int most_repeats = 8;
     for (int i = 0; i <= most_repeats; ++i) {
-        const std::uint32_t decided_on = list_changes_;
+        const std::uint32_t decided_on = headset_ccm_->list_changes();
         headset_ccm_->arbitrateHeadsetINIT(update_headset_state, hid_headset_set_mute);
-        if (list_changes_ == decided_on) {
+        if (headset_ccm_->list_changes() == decided_on) {
             break;
         }
     }

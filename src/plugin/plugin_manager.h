@@ -112,7 +112,6 @@ class PluginManager final : public IPluginCallControlCallback, public IPluginCon
     const std::weak_ptr<IPluginLogger> logger_;
     std::unique_ptr<headset_plugin::headset_ccm> headset_ccm_;
     std::atomic<bool> call_sm_initialized_{false};
-    std::atomic<std::uint32_t> list_changes_{0};  ///< how often the host's events have changed the call list
 };
 
 }  // namespace plugin_control
