@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <initializer_list>
+#include <optional>
 #include <set>
 #include <string>
 
@@ -142,37 +143,38 @@ Json collection_to_json(PHIDP_PREPARSED_DATA data) {
     return json;
 }
 
-using Traits = std::istream::traits_type;
-
 /// How much of a line that is too long is passed over in the search for its end.
 constexpr std::size_t most_passed_over = 16U << 20U;
 
-bool is_end(Traits::int_type character) {
-    return Traits::eq_int_type(character, Traits::eof());
+/// The next character of the line; nothing at its end, which is taken, too. Reads from the buffer: a stream
+/// catches what its buffer throws, which would then look like the end.
+std::optional<char> next_of_line(std::streambuf& input) {
+    using Traits = std::streambuf::traits_type;
+    const auto character = input.sbumpc();
+    if (Traits::eq_int_type(character, Traits::eof()) || character == '\n')
+        return std::nullopt;
+    return Traits::to_char_type(character);
 }
-
-// What follows reads from the buffer: a stream catches what its buffer throws, which would then look like the
-// end.
 
 /// Takes the next line; false at the end. A line that is longer than most_text is taken as far as that shows.
 bool read_line(std::streambuf& input, std::string& line) {
+    using Traits = std::streambuf::traits_type;
     line.clear();
-    if (is_end(input.sgetc()))
+    if (Traits::eq_int_type(input.sgetc(), Traits::eof()))
         return false;
-    for (auto character = input.sbumpc(); !is_end(character) && character != '\n';
-         character = input.sbumpc()) {
-        line += Traits::to_char_type(character);
-        if (line.size() > most_text)
+    while (line.size() <= most_text) {
+        const auto character = next_of_line(input);
+        if (!character)
             break;
+        line += *character;
     }
     return true;
 }
 
 /// Throws UsageError for a line that does not end.
 void pass_over_line(std::streambuf& input) {
-    std::size_t passed_over = 0;
-    for (auto character = input.sbumpc(); !is_end(character) && character != '\n'; character = input.sbumpc())
-        if (++passed_over > most_passed_over)
+    for (std::size_t passed_over = 0; next_of_line(input); ++passed_over)
+        if (passed_over > most_passed_over)
             throw UsageError("standard input: a line does not end");
 }
 
