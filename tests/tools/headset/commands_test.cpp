@@ -37,7 +37,7 @@ TEST_F(Commands, explain_takes_a_node_or_a_collection_of_it) {
     EXPECT_EQ(explain("/dev/hidraw0:3"), text);
 }
 
-TEST_F(Commands, explain_tells_of_a_device_without_a_serial_that_it_is_not_let_in) {
+TEST_F(Commands, explain_tells_of_a_device_without_a_serial_that_it_is_ignored) {
     system_.plug({.serial = {}});
     explain("/dev/hidraw0");
     EXPECT_TRUE(has_said("ignored: the device states no serial number")) << output_.str();

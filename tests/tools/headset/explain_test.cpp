@@ -91,7 +91,7 @@ TEST(Explain, collections_that_are_not_opened_are_listed_with_their_fate) {
     EXPECT_EQ(collections[2].fate, CollectionFate::let_in);
 }
 
-TEST(Explain, collections_that_are_not_let_in_are_listed_with_the_reason) {
+TEST(Explain, collections_that_are_ignored_are_listed_with_the_reason) {
     Descriptor descriptor{model_descriptor("jabra-link-380c")};
     descriptor.has_serial = false;
     const auto explanation = explain(descriptor);
