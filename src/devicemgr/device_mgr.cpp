@@ -558,17 +558,23 @@ void device_mgr::deselect_device() {
     active_device_.set(nullptr);
 }
 
-void device_mgr::set_active_headset_state(std::uint32_t state) {
+void device_mgr::set_active_headset_state(std::uint32_t state, const std::function<bool()>& still_holds) {
     MutexLock lock(active_output_mutex_);
+    if (still_holds && !still_holds()) {
+        return;
+    }
     if (const auto active = active_device_.get()) {
         active->headset_set_state(state);
     }
 }
 
-void device_mgr::set_headset_mute_state(bool mute) {
+void device_mgr::set_headset_mute_state(bool mute, const std::function<bool()>& still_holds) {
     static constexpr const char* function = "plugin_control::device_mgr::set_headset_mute_state";
     plugin_log("3rdPartyHeadsetPlugin: %s: enter mute=%s\n", function, true_or_false(mute));
     MutexLock lock(active_output_mutex_);
+    if (still_holds && !still_holds()) {
+        return;
+    }
     if (const auto active = active_device_.get()) {
         active->set_mute_state(mute);
     } else {

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -96,8 +97,10 @@ class device_mgr : public std::enable_shared_from_this<device_mgr> {
     const char* get_active_device_id();
     /// The model name of an active headset of the maker's own, else an empty text.
     std::string get_headset_model(const std::string& device_id);
-    void set_headset_mute_state(bool mute);
-    void set_active_headset_state(std::uint32_t state);
+    /// Show a mute or a headset state on the active headset, unless `still_holds` is given and says no. It is
+    /// asked when nobody else can show anything before this.
+    void set_headset_mute_state(bool mute, const std::function<bool()>& still_holds = {});
+    void set_active_headset_state(std::uint32_t state, const std::function<bool()>& still_holds = {});
 
     std::uint32_t connected_count() const { return connected_count_; }
     std::shared_ptr<device> active_device() const { return active_device_.get(); }

@@ -94,12 +94,20 @@ std::string get_headset_model(const std::string& device_id) {
 }
 
 void update_headset_state(std::uint32_t headset_state) {
+    update_headset_state_if(headset_state, {});
+}
+
+void update_headset_state_if(std::uint32_t headset_state, const std::function<bool()>& still_holds) {
     if (const auto manager = enter("update_headset_state")) {
-        manager->set_active_headset_state(headset_state);
+        manager->set_active_headset_state(headset_state, still_holds);
     }
 }
 
 void hid_headset_set_mute(int muted) {
+    hid_headset_set_mute_if(muted, {});
+}
+
+void hid_headset_set_mute_if(int muted, const std::function<bool()>& still_holds) {
     static constexpr const char* function = "hid_headset_set_mute";
     const auto manager = enter(function);
     if (!manager) {
@@ -107,7 +115,7 @@ void hid_headset_set_mute(int muted) {
     }
     const bool mute = muted >= 1;
     plugin_log("3rdPartyHeadsetPlugin: %s: send muted=%s\n", function, true_or_false(mute));
-    manager->set_headset_mute_state(mute);
+    manager->set_headset_mute_state(mute, still_holds);
 }
 
 void remove_headset_with_serial(const std::string& serial) {

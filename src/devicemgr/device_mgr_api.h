@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 /// Creates the manager, if there is none, and starts it. The argument is not used.
@@ -30,6 +31,11 @@ void update_headset_state(std::uint32_t headset_state);
 
 /// Shows muted, for 1 and more, or not muted on the active headset.
 void hid_headset_set_mute(int muted);
+
+/// The same two for what was decided a while ago: each is given up when `still_holds` says no, which is asked
+/// when nobody else can show anything before this.
+void update_headset_state_if(std::uint32_t headset_state, const std::function<bool()>& still_holds);
+void hid_headset_set_mute_if(int muted, const std::function<bool()>& still_holds);
 
 /// Runs one enumeration pass. [message thread]
 void EnumerationOrvexHidDevice();

@@ -160,13 +160,18 @@ void PluginManager::initHeadset() {
 
 void PluginManager::show_all_calls() {
     // A host that reports calls without a pause does not keep the worker from its other tasks.
-    constexpr int most_repeats = 8;
-    for (int i = 0; i <= most_repeats; ++i) {
+    constexpr int most_decisions = 9;
+    bool shown = false;
+    for (int decision = 1; !shown && decision <= most_decisions; ++decision) {
         const std::uint32_t decided_on = headset_ccm_->list_changes();
-        headset_ccm_->arbitrateHeadsetINIT(update_headset_state, hid_headset_set_mute);
-        if (headset_ccm_->list_changes() == decided_on) {
-            break;
-        }
+        const auto still_holds = [&] {
+            shown = decision == most_decisions || headset_ccm_->list_changes() == decided_on;
+            return shown;
+        };
+        shown = true;  // where nothing is asked there is nothing to show
+        headset_ccm_->arbitrateHeadsetINIT(
+            [&](std::uint32_t state) { update_headset_state_if(state, still_holds); },
+            [&](int muted) { hid_headset_set_mute_if(muted, still_holds); });
     }
 }
 

@@ -98,8 +98,8 @@ class PluginManager final : public IPluginCallControlCallback, public IPluginCon
     std::shared_ptr<IPluginLogger> logger() const { return logger_.lock(); }
 
   private:
-    /// Shows all calls on the active headset, once more if the host's events changed them meanwhile: what is
-    /// sent was decided before, and may have come after what such an event sent.
+    /// Shows all calls on the active headset. What was decided before the host changed the calls is not
+    /// shown, but decided anew: it would replace what the change has shown.
     void show_all_calls();
     /// A call that is up, by whatever way: recorded as connected and shown as in use.
     void show_connected(const char* function, const std::string& cid);

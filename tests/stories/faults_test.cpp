@@ -1,5 +1,6 @@
 // Headsets that misbehave, and callbacks that take long.
 
+#include <atomic>
 #include <future>
 #include <mutex>
 
@@ -82,6 +83,37 @@ TEST_F(Faults, a_call_that_changes_while_a_headset_becomes_ready_is_shown_as_it_
     drain_worker();
     EXPECT_EQ(orvex_virtual_indicator(headset, 0x08, 0x17), 1) << "off-hook";
     EXPECT_EQ(orvex_virtual_indicator(headset, 0x08, 0x09), 1) << "mute";
+}
+
+TEST_F(Faults, a_call_that_changes_right_after_a_headset_became_ready_is_shown_once) {
+    const int headset = plug();
+    std::promise<void> shown;
+    std::promise<void> changed;
+    std::once_flag shown_once;
+    std::once_flag changed_once;
+    std::atomic<bool> decided{false};
+    // The worker has shown the last that there is to show, and has not returned yet; the host has put its
+    // call onto the list and shows it next.
+    logger_->on_line([&](const std::string& logged) {
+        if (logged ==
+            "HeadsetPlugin: headset_plugin::headset_ccm::arbitrateHeadsetINIT: send muted=false\n") {
+            decided = true;
+        } else if (decided && logged == line("headset_plugin::device::set_mute_state", "exit")) {
+            std::call_once(shown_once, [&] {
+                shown.set_value();
+                changed.get_future().wait_for(patience);
+            });
+        } else if (logged == line("update_headset_state", "enter") && decided) {
+            std::call_once(changed_once, [&] { changed.set_value(); });
+        }
+    });
+    const auto active = std::async(std::launch::async, [&] { activate(headset); });
+    ASSERT_EQ(shown.get_future().wait_for(patience), std::future_status::ready);
+    take_shown(headset);
+    control_->connectCall("", "1");
+    active.wait();
+    drain_worker();
+    EXPECT_EQ(take_shown(headset), Lines{"02 01 00"});
 }
 
 TEST_F(Faults, a_write_that_hangs_holds_up_its_caller_until_its_time_is_over) {
