@@ -116,6 +116,23 @@ TEST_F(Faults, a_call_that_changes_right_after_a_headset_became_ready_is_shown_o
     EXPECT_EQ(take_shown(headset), Lines{"02 01 00"});
 }
 
+TEST_F(Faults, a_host_that_changes_its_calls_without_a_pause_does_not_hold_up_the_worker) {
+    const int headset = plug();
+    const std::string decided =
+        "HeadsetPlugin: headset_plugin::headset_ccm::arbitrateHeadsetINIT: send muted=false\n";
+    logger_->on_line([&](const std::string& logged) {
+        if (logged == decided) {
+            std::async(std::launch::async, [&] { control_->unmute("", "unknown"); }).wait();
+        }
+    });
+    activate(headset);
+    constexpr std::size_t most_decisions = 9;
+    EXPECT_EQ(logger_->count(decided), most_decisions);
+    Lines last_is_shown(most_decisions, decided);
+    last_is_shown.push_back(line("headset_plugin::device::set_mute_state", "exit"));
+    EXPECT_TRUE(in_order(logger_->lines(), last_is_shown));
+}
+
 TEST_F(Faults, a_write_that_hangs_holds_up_its_caller_until_its_time_is_over) {
     const int headset = plug_active();
     take_shown(headset);
